@@ -1,0 +1,69 @@
+#include "commands/arrays.h"
+
+#include "runtime/handles.h"
+
+namespace tq_mom {
+namespace {
+
+// Elements are fetched in groups: one pop for all of them, and the group fits the stack that Lua guarantees.
+constexpr int kGroup = 8;
+
+// Builds an array of `spare` elements more than the table holds. `convert` takes the value at a stack index.
+template <class T, class Convert>
+const char* Build(lua_State* L, int index, std::size_t spare, T** elements, int* count, const char* no_table,
+                  const char* bad_element, Convert convert) {
+  *elements = nullptr;
+  *count = 0;
+  if (!lua_istable(L, index)) return no_table;
+  std::size_t length = lua_rawlen(L, index);
+  if (length == 0) return nullptr;
+  // A table with holes may claim any length, so the size of the block can be beyond what there is.
+  bool countable = length <= INT32_MAX && length + spare <= SIZE_MAX / sizeof(T);
+  auto* block = countable ? static_cast<T*>(std::malloc((length + spare) * sizeof(T))) : nullptr;
+  if (block == nullptr) return "memory error";
+  int top = lua_gettop(L);
+  for (std::size_t i = 0; i < length; ++i) {
+    if (lua_gettop(L) == top + kGroup) lua_settop(L, top);
+    lua_rawgeti(L, index, static_cast<lua_Integer>(i + 1));
+    if (!convert(L, -1, &block[i])) {
+      std::free(block);
+      lua_settop(L, top);
+      return bad_element;
+    }
+  }
+  lua_settop(L, top);
+  *elements = block;
+  *count = static_cast<int>(length);
+  return nullptr;
+}
+
+}  // namespace
+
+const char* BuildIntegers(lua_State* L, int index, std::int32_t** elements, int* count) {
+  return Build(L, index, 0, elements, count, "input error, errcode_1", "input error, errcode_3",
+               [](lua_State* state, int element, std::int32_t* value) {
+                 if (!lua_isinteger(state, element)) return false;
+                 *value = static_cast<std::int32_t>(static_cast<std::uint32_t>(lua_tointeger(state, element)));
+                 return true;
+               });
+}
+
+const char* BuildScores(lua_State* L, int index, double** elements, int* count) {
+  return Build(L, index, 1, elements, count, "input error, expect array", "input error",
+               [](lua_State* state, int element, double* value) {
+                 int is_number;
+                 *value = lua_tonumberx(state, element, &is_number);
+                 return is_number != 0;
+               });
+}
+
+const char* BuildMembers(lua_State* L, int index, void*** elements, int* count) {
+  return Build(L, index, 1, elements, count, "input error, expect array", "input error",
+               [](lua_State* state, int element, void** value) {
+                 const binding::Handle* handle = binding::HandleAt(state, element);
+                 *value = handle != nullptr ? handle->pointer : nullptr;
+                 return handle != nullptr || lua_isnil(state, element);
+               });
+}
+
+}  // namespace tq_mom

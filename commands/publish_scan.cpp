@@ -1,0 +1,96 @@
+#include "commands/publish_scan.h"
+
+#include <cstdlib>
+
+namespace tq_mom {
+namespace {
+
+// What the client library hands back to the trampoline.
+struct ScanContext {
+  CallbackReference callback;
+  CallbackReference argument;
+};
+
+// Calls the script's function for one element. Its errors unwind through the client library to the script.
+int CallBack(tq_global_t* g, void* message, void* context) {
+  if (context == nullptr) return 0;
+  const auto* scan = static_cast<const ScanContext*>(context);
+  lua_State* L = scan->callback.state;
+  swiglua_ref_get(&scan->callback);
+  binding::PushHandle(L, g, Type(TypeId::_p_tq_global_s), 0);
+  binding::PushHandle(L, message, Type(TypeId::_p_tq_mom_pubsub_msg_s), 0);
+  swiglua_ref_get(&scan->argument);
+  if (!lua_isfunction(L, -4)) return 0;
+  lua_call(L, 3, 1);
+  int stop = lua_isinteger(L, -1) ? static_cast<int>(static_cast<std::uint32_t>(lua_tointeger(L, -1))) : 0;
+  lua_pop(L, 1);
+  return stop;
+}
+
+// What a script passes: the callback and its argument take the places of the client function's last two.
+using ScanArguments =
+    Binding<int (*)(tq_global_t* g, int db, void* key, unsigned int count, void* callback, void* argument)>;
+constexpr Command kScan = ScanArguments::Describe("tq_mom_scan_sync\0scan");
+constexpr int kCallback = 5;
+constexpr int kUserArgument = 6;
+
+}  // namespace
+
+int Scan(lua_State* L) {
+  if (lua_gettop(L) != kUserArgument) kScan.RejectCount(L);
+  HandleArgument g;
+  IntArgument db;
+  KeyArgument key;
+  UnsignedArgument<unsigned int> count;
+  if (!g.Read(L, 1, kScan)) kScan.Reject(L, 1, nullptr);
+  if (!db.Read(L, 2, kScan)) kScan.Reject(L, 2, nullptr);
+  key.Read(L, 3, kScan);
+  if (!count.Read(L, 4, kScan)) kScan.Reject(L, 4, nullptr);
+
+  auto scan = [&](tq_mom_scan_cb callback, void* context) {
+    return tq_mom_scan_sync(static_cast<tq_global_t*>(g.value), db.value, key.value, count.value, callback, context);
+  };
+  int status;
+  if (lua_isfunction(L, kCallback)) {
+    CallbackReference callback;
+    CallbackReference argument;
+    swiglua_ref_set(&callback, L, kCallback);
+    swiglua_ref_set(&argument, L, kUserArgument);
+    auto* context = static_cast<ScanContext*>(std::malloc(sizeof(ScanContext)));
+    if (context == nullptr) {
+      swiglua_ref_clear(&callback);
+      swiglua_ref_clear(&argument);
+      binding::RaiseBare(L, "memory error");
+    }
+    *context = {callback, argument};
+    status = scan(CallBack, context);
+    swiglua_ref_clear(&context->callback);
+    swiglua_ref_clear(&context->argument);
+    std::free(context);
+  } else if (lua_isnil(L, kCallback)) {
+    status = scan(nullptr, nullptr);
+  } else {
+    binding::RaiseBare(L, "input error: cb is not function");
+  }
+  lua_pushnumber(L, status);
+  return 1;
+}
+
+}  // namespace tq_mom
+
+void swiglua_ref_set(CallbackReference* reference, lua_State* L, int index) {
+  reference->state = L;
+  lua_pushvalue(L, index);
+  reference->reference = luaL_ref(L, LUA_REGISTRYINDEX);
+}
+
+void swiglua_ref_get(const CallbackReference* reference) {
+  if (reference->state != nullptr) lua_rawgeti(reference->state, LUA_REGISTRYINDEX, reference->reference);
+}
+
+void swiglua_ref_clear(CallbackReference* reference) {
+  if (reference->state != nullptr && reference->reference != LUA_NOREF && reference->reference != LUA_REFNIL) {
+    luaL_unref(reference->state, LUA_REGISTRYINDEX, reference->reference);
+  }
+  *reference = {};
+}

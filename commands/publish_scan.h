@@ -1,0 +1,21 @@
+// Publish and scan.
+#ifndef TQ_COMMANDS_PUBLISH_SCAN_H
+#define TQ_COMMANDS_PUBLISH_SCAN_H
+
+#include "commands/command.h"
+#include "commands/exports.h"
+
+namespace tq_mom {
+
+// The one command that calls back into Lua.
+int Scan(lua_State* L);
+
+inline constexpr binding::Method kPublishScanCommands[] = {
+    TQ_COMMAND(publish, tq_mom_publish_sync),
+    TQ_COMMAND(publish_ext, tq_mom_publish_ext_sync),
+    {"scan", Scan},
+};
+
+}  // namespace tq_mom
+
+#endif

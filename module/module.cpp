@@ -1,0 +1,43 @@
+#include <cstdio>
+
+#include "module/tables.h"
+#include "records/records.h"
+#include "runtime/startup.h"
+
+extern "C" {
+
+// Run when the module is opened, through the global name of the module. Empty or null: nothing is run.
+[[gnu::visibility("default")]] const char* luaopen_tq_mom_sync_luacode =
+    "\n"
+    "    tq_mom_sync.TQ_MOM_OK = 0\n"
+    "    tq_mom_sync.TQ_MOM_ERR = -1\n"
+    "    tq_mom_sync.TQ_MOM_INPUT_ERR = -2\n"
+    "    tq_mom_sync.TQ_MOM_MALLOC_ERR = -3\n"
+    "    tq_mom_sync.TQ_MOM_NO_READY = -4\n"
+    "    tq_mom_sync.TQ_MOM_GLOBAL_DB_NO_WRITE = -5";
+
+// Runs the chunk; its errors go to the standard error stream. Leaves the stack as it was.
+[[gnu::visibility("default")]] void luaopen_tq_mom_sync_user(lua_State* L) {
+  const char* code = luaopen_tq_mom_sync_luacode;
+  if (code == nullptr || *code == '\0') return;
+  int top = lua_gettop(L);
+  if (luaL_loadstring(L, code) != LUA_OK || lua_pcall(L, 0, LUA_MULTRET, 0) != LUA_OK) {
+    const char* message = lua_tostring(L, -1);
+    std::fprintf(stderr, "%s\n", message != nullptr ? message : luaL_typename(L, -1));
+  }
+  lua_settop(L, top);
+}
+
+// The entry point: returns the module table, which is also the global tq_mom_sync.
+[[gnu::visibility("default")]] int luaopen_tq_mom_sync(lua_State* L) {
+  static constexpr binding::Attribute kNoVariables[1] = {};
+  static constexpr const binding::NamespaceRecord* kNoNamespaces[1] = {};
+  binding::ModuleRecord* types = tq_mom::Types();
+  const binding::NamespaceRecord record = {"tq_mom_sync",       tq_mom::Functions(), kNoVariables,
+                                           tq_mom::Constants(), tq_mom::class_list,  kNoNamespaces};
+  binding::OpenModule(L, types, record);
+  luaopen_tq_mom_sync_user(L);
+  return 1;
+}
+
+}  // extern "C"

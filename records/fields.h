@@ -1,0 +1,337 @@
+// Record fields as Lua attributes: a field is one line in its record's table, and its kind follows from the C++ type of
+// the member.
+//
+//     TQ_FIELD(tq_mom_psetex_op_t, milseconds)
+#ifndef TQ_RECORDS_FIELDS_H
+#define TQ_RECORDS_FIELDS_H
+
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+#include "records/parameters.h"
+#include "runtime/namespaces.h"
+
+namespace tq_mom {
+
+// What the accessors of a field know of it.
+struct Field {
+  static constexpr std::size_t kMaxName = 17;
+
+  char name[kMaxName];
+  TypeId record;
+  TypeId value_type;           // what the member points to, or the type of handles into it
+  Kind setter_kind;            // of the value that is set
+  std::uint16_t offset;        // of the member in its record
+  std::uint16_t count_offset;  // of the size_t that counts an array's elements
+  std::uint16_t extent;        // size of what a setter copies
+};
+
+enum class Access : bool { kGet, kSet };
+
+// A field as one of its accessors sees it.
+struct Accessor {
+  const Field& field;
+  Access access;
+
+  [[gnu::cold]] void CheckKinds(lua_State* L) const;
+  [[noreturn, gnu::cold]] void RejectCount(lua_State* L) const;
+  [[noreturn, gnu::cold]] void Reject(lua_State* L, int argument) const;
+};
+
+// The member of the record at index 1; null when that is nil. Raises the errors of the record argument.
+inline char* MemberOf(lua_State* L, const Accessor& accessor) {
+  int arguments = accessor.access == Access::kGet ? 1 : 2;
+  if (lua_gettop(L) != arguments) accessor.RejectCount(L);
+  void* record;
+  if (!Convert(L, 1, &record, accessor.field.record, accessor)) accessor.Reject(L, 1);
+  return record != nullptr ? static_cast<char*>(record) + accessor.field.offset : nullptr;
+}
+
+// Each kind of field is a pair of functions. Push pushes the member's value. Store converts the value at index 2 and
+// stores it unless the member is null (the record was nil); false when the value cannot be converted.
+
+template <class T, class Convert>
+bool StoreInt(lua_State* L, char* member, Convert convert) {
+  int value;
+  if (!binding::ToInt(L, 2, &value)) return false;
+  if (member != nullptr) {
+    T stored = convert(value);
+    std::memcpy(member, &stored, sizeof(stored));
+  }
+  return true;
+}
+
+struct IntField {  // enumerations, too: any number is stored
+  static void Push(lua_State* L, const char* member, const Field&) {
+    int value;
+    std::memcpy(&value, member, sizeof(value));
+    lua_pushnumber(L, value);
+  }
+  static bool Store(lua_State* L, char* member, const Field&) {
+    return StoreInt<int>(L, member, [](int value) { return value; });
+  }
+};
+
+struct ShortField {
+  static void Push(lua_State* L, const char* member, const Field&) {
+    lua_pushnumber(L, *reinterpret_cast<const short*>(member));
+  }
+  static bool Store(lua_State* L, char* member, const Field&) {
+    return StoreInt<short>(L, member, [](int value) { return static_cast<short>(value); });
+  }
+};
+
+struct SizeField {
+  static void Push(lua_State* L, const char* member, const Field&);
+  static bool Store(lua_State* L, char* member, const Field&);
+};
+
+struct Int64Field {
+  static void Push(lua_State* L, const char* member, const Field&);
+  static bool Store(lua_State* L, char* member, const Field&);
+};
+
+struct DoubleField {
+  static void Push(lua_State* L, const char* member, const Field&);
+  static bool Store(lua_State* L, char* member, const Field&);
+};
+
+struct CharArrayField {
+  static void Push(lua_State* L, const char* member, const Field& field);
+  static bool Store(lua_State* L, char* member, const Field& field);
+};
+
+// A heap string that the record owns once it was set from Lua.
+struct OwnedStringField {
+  static void Push(lua_State* L, const char* member, const Field&);
+  static bool Store(lua_State* L, char* member, const Field&);
+};
+
+// A pointer that getters wrap in a handle of the field's type. Setters take the native pointer of any handle.
+struct UntypedField {
+  static void Push(lua_State* L, const char* member, const Field& field);
+  static bool Store(lua_State* L, char* member, const Field&);
+};
+
+// The setter takes the address of the userdata itself, not the pointer that a handle holds.
+struct BlockField : UntypedField {
+  static bool Store(lua_State* L, char* member, const Field&);
+};
+
+// The setter takes a handle of exactly the field's type.
+struct SharedPointerField : UntypedField {
+  static bool Store(lua_State* L, char* member, const Field& field);
+};
+
+// The same, and Lua gives up what the handle owned.
+struct AdoptedPointerField : UntypedField {
+  static bool Store(lua_State* L, char* member, const Field& field);
+};
+
+// A part of the record that is reached through a handle into it, and set by copying.
+struct EmbeddedField {
+  static void Push(lua_State* L, char* member, const Field& field);
+  static bool Store(lua_State* L, char* member, const Field& field);
+};
+
+// Arrays of as many elements as the record's count says; read as tables.
+struct ObjectArrayField : SharedPointerField {
+  static void Push(lua_State* L, const char* member, const Field& field);
+};
+
+struct ScoreArrayField : AdoptedPointerField {
+  static void Push(lua_State* L, const char* member, const Field& field);
+};
+
+struct TagArrayField : AdoptedPointerField {
+  static void Push(lua_State* L, const char* member, const Field& field);
+};
+
+// What a member's C++ type says of its field.
+template <class T>
+struct FieldFor;
+template <>
+struct FieldFor<int> {
+  using Type = IntField;
+  static constexpr Kind kKind = Kind::kInt;
+};
+template <>
+struct FieldFor<tq_mom_cmd_t> {
+  using Type = IntField;
+  static constexpr Kind kKind = Kind::kCommandCode;
+};
+template <>
+struct FieldFor<tq_mom_batch_over_flag_t> {
+  using Type = IntField;
+  static constexpr Kind kKind = Kind::kBatchFlag;
+};
+template <>
+struct FieldFor<short> {
+  using Type = ShortField;
+  static constexpr Kind kKind = Kind::kShort;
+};
+template <>
+struct FieldFor<std::size_t> {
+  using Type = SizeField;
+  static constexpr Kind kKind = Kind::kSize;
+};
+template <>
+struct FieldFor<long long> {
+  using Type = Int64Field;
+  static constexpr Kind kKind = Kind::kLongLong;
+};
+template <>
+struct FieldFor<double> {
+  using Type = DoubleField;
+  static constexpr Kind kKind = Kind::kDouble;
+};
+template <std::size_t length>
+struct FieldFor<char[length]> {
+  using Type = CharArrayField;
+  static constexpr Kind kKind = Kind::kCharArray;
+};
+template <>
+struct FieldFor<char*> {
+  using Type = OwnedStringField;
+  static constexpr Kind kKind = Kind::kString;
+};
+template <>
+struct FieldFor<void*> {
+  using Type = UntypedField;
+  static constexpr Kind kKind = Kind::kUntyped;
+  static constexpr TypeId kValueType = TypeId::_p_void;
+};
+template <>
+struct FieldFor<tq_obj*> {
+  using Type = UntypedField;
+  static constexpr Kind kKind = Kind::kAnything;
+  static constexpr TypeId kValueType = TypeId::_p_tq_obj;
+};
+template <>
+struct FieldFor<unsigned char*> {
+  using Type = BlockField;
+  static constexpr Kind kKind = Kind::kAnything;
+  static constexpr TypeId kValueType = TypeId::_p_unsigned_char;
+};
+template <>
+struct FieldFor<int (*)(tq_thread*)> {
+  using Type = SharedPointerField;
+  static constexpr Kind kKind = Kind::kHandle;
+  static constexpr TypeId kValueType = TypeId::_p_f_p_struct_tq_thread__int;
+};
+template <class T>
+struct FieldFor<T*> {
+  using Type = AdoptedPointerField;
+  static constexpr Kind kKind = Kind::kHandle;
+  static constexpr TypeId kValueType = kTypeOf<T>;
+};
+template <>
+struct FieldFor<tq_obj**> {
+  using Type = ObjectArrayField;
+  static constexpr Kind kKind = Kind::kHandle;
+  static constexpr TypeId kValueType = TypeId::_p_p_tq_obj;
+};
+template <>
+struct FieldFor<double*> {
+  using Type = ScoreArrayField;
+  static constexpr Kind kKind = Kind::kHandle;
+  static constexpr TypeId kValueType = TypeId::_p_double;
+};
+template <>
+struct FieldFor<std::size_t*> {
+  using Type = TagArrayField;
+  static constexpr Kind kKind = Kind::kHandle;
+  static constexpr TypeId kValueType = TypeId::_p_size_t;
+};
+
+template <class Member>
+constexpr TypeId ValueTypeFor() {
+  if constexpr (requires { FieldFor<Member>::kValueType; }) {
+    return FieldFor<Member>::kValueType;
+  } else {
+    return TypeId::_p_void;
+  }
+}
+
+// One instance serves all fields of a kind.
+template <class FieldKind>
+[[gnu::noinline, gnu::noclone]] int GetShared(lua_State* L, const Field& field) {
+  if (char* member = MemberOf(L, {field, Access::kGet})) {
+    FieldKind::Push(L, member, field);
+  } else {
+    lua_pushnil(L);
+  }
+  return 1;
+}
+
+template <class FieldKind>
+[[gnu::noinline, gnu::noclone]] int SetShared(lua_State* L, const Field& field) {
+  Accessor accessor{field, Access::kSet};
+  char* member = MemberOf(L, accessor);
+  if (!FieldKind::Store(L, member, field)) accessor.Reject(L, 2);
+  return 0;
+}
+
+template <class FieldKind, Field field>
+int Get(lua_State* L) {
+  return GetShared<FieldKind>(L, field);
+}
+
+template <class FieldKind, Field field>
+int Set(lua_State* L) {
+  return SetShared<FieldKind>(L, field);
+}
+
+constexpr Field MakeField(const char* name, TypeId record, Kind kind, TypeId value_type, std::size_t offset,
+                          std::size_t extent, std::size_t count_offset = 0) {
+  Field field{};
+  for (std::size_t i = 0; name[i] != '\0'; ++i) field.name[i] = name[i];
+  field.record = record;
+  field.value_type = value_type;
+  field.setter_kind = kind;
+  field.offset = static_cast<std::uint16_t>(offset);
+  field.count_offset = static_cast<std::uint16_t>(count_offset);
+  field.extent = static_cast<std::uint16_t>(extent);
+  return field;
+}
+
+template <class FieldKind, Field field>
+inline constexpr binding::Attribute kAttribute = {field.name, Get<FieldKind, field>, Set<FieldKind, field>};
+
+template <const binding::Attribute& attribute>
+inline constexpr binding::Attribute kReadOnly = {attribute.name, attribute.getter, binding::SetImmutable};
+
+#define TQ_MEMBER_SPOT(record, member) offsetof(record, member), sizeof(record::member)
+
+// A member whose C++ type says what it is.
+#define TQ_FIELD(record, member)                                                                              \
+  tq_mom::kAttribute<tq_mom::FieldFor<decltype(record::member)>::Type,                                        \
+                     tq_mom::MakeField(                                                                       \
+                         #member, tq_mom::kTypeOf<record>, tq_mom::FieldFor<decltype(record::member)>::kKind, \
+                         tq_mom::ValueTypeFor<decltype(record::member)>(), TQ_MEMBER_SPOT(record, member))>
+
+// An array and the member that counts its elements.
+#define TQ_ARRAY(record, member, count)                                                         \
+  tq_mom::kAttribute<tq_mom::FieldFor<decltype(record::member)>::Type,                          \
+                     tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, tq_mom::Kind::kHandle, \
+                                       tq_mom::ValueTypeFor<decltype(record::member)>(),        \
+                                       TQ_MEMBER_SPOT(record, member), offsetof(record, count))>
+
+// An int64_t, which on some targets is the same type as long long.
+#define TQ_INT64(record, member)                                                                                   \
+  tq_mom::kAttribute<tq_mom::Int64Field, tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, tq_mom::Kind::kInt64, \
+                                                           tq_mom::TypeId::_p_void, TQ_MEMBER_SPOT(record, member))>
+
+// A member that is reached through handles of the given type into the record.
+#define TQ_EMBEDDED(record, member, type)                                                         \
+  tq_mom::kAttribute<tq_mom::EmbeddedField,                                                       \
+                     tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, tq_mom::Kind::kEmbedded, \
+                                       tq_mom::TypeId::_p_##type, TQ_MEMBER_SPOT(record, member))>
+
+// The same, and it cannot be set.
+#define TQ_EMBEDDED_READ_ONLY(record, member, type) tq_mom::kReadOnly<TQ_EMBEDDED(record, member, type)>
+
+}  // namespace tq_mom
+
+#endif

@@ -1,0 +1,85 @@
+#include "records/records.h"
+
+#include <cstdlib>
+
+namespace tq_mom {
+namespace {
+
+using binding::ClassRecord;
+using binding::NamespaceRecord;
+
+constexpr binding::Method kNoMethods[1] = {};
+constexpr binding::Attribute kNoAttributes[1] = {};
+constexpr ClassRecord* kNoClasses[1] = {};
+constexpr const NamespaceRecord* kNoNamespaces[1] = {};
+const char* no_base_names[1];
+ClassRecord* no_bases[1];
+
+ClassRecord class_records[kClassCount];
+NamespaceRecord class_statics[kClassCount];
+
+// A record owns nothing it points to.
+void FreeRecord(void* record) { std::free(record); }
+
+struct Family {
+  const RecordClass* classes;
+  int count;
+};
+
+constexpr Family kFamilies[] = {
+    {kOptionClasses, kOptionClassCount},
+    {kResultClasses, kResultClassCount},
+    {kMessageClasses, kMessageClassCount},
+    {kRuntimeClasses, kRuntimeClassCount},
+};
+
+}  // namespace
+
+ClassRecord* class_list[kClassCount + 1];
+
+void SetUpClasses(binding::TypeDescriptor* descriptors) {
+  int i = 0;
+  for (const Family& family : kFamilies) {
+    for (const RecordClass* row = family.classes; row != family.classes + family.count; ++row, ++i) {
+      int type = static_cast<int>(row->type);
+      class_statics[i] = {row->name, kNoMethods, kNoAttributes, row->constants, kNoClasses, kNoNamespaces};
+      class_records[i] = {row->name,   row->name,         &type_table[type], row->constructor, FreeRecord,   kNoMethods,
+                          row->fields, &class_statics[i], kNoMethods,        no_bases,         no_base_names};
+      class_list[i] = &class_records[i];
+      descriptors[type].class_record = &class_records[i];
+    }
+  }
+}
+
+const char* StructureName(TypeId record) { return MangledName(record) + std::strlen("_p_"); }
+
+const char* Qualifier(TypeId record) {
+  // The union is declared inside the event record.
+  return record == TypeId::_p_tq_thread_u ? "tq_thread::" : "";
+}
+
+const char* ClassName(TypeId record) {
+  for (const ClassRecord& cls : class_records) {
+    if (cls.type == &type_table[static_cast<int>(record)]) return cls.name;
+  }
+  return "";
+}
+
+int NewRecord(lua_State* L, TypeId record, std::size_t size) {
+  if (lua_gettop(L) != 0) {
+    const char* structure = StructureName(record);
+    const binding::Piece name[] = {Qualifier(record), structure, "::", structure, nullptr};
+    binding::RaiseCountError(L, name, 0);
+  }
+  // The handle comes first: making it may raise an error, which must find no record to lose.
+  binding::Handle* handle = binding::PushEmptyHandle(L, Type(record));
+  handle->pointer = std::calloc(1, size);
+  if (handle->pointer == nullptr) {
+    lua_pushnil(L);
+    return 1;
+  }
+  handle->own = 1;
+  return 1;
+}
+
+}  // namespace tq_mom

@@ -1,0 +1,224 @@
+#include "runtime/classes.h"
+
+#include <cstring>
+
+#include "runtime/dispatch.h"
+#include "runtime/handles.h"
+#include "runtime/invariant.h"
+
+namespace binding {
+namespace {
+
+int Disown(lua_State* L) {
+  TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
+  if (Handle* handle = HandleAt(L, -1)) handle->own = 0;
+  return 0;
+}
+
+int Collect(lua_State* L) {
+  TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
+  const Handle* handle = HandleAt(L, -1);
+  if (handle == nullptr || handle->own == 0 || handle->type == nullptr) return 0;
+  const ClassRecord* record = handle->type->class_record;
+  if (record != nullptr && record->destructor != nullptr) record->destructor(handle->pointer);
+  return 0;
+}
+
+int ToString(lua_State* L) {
+  TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
+  TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
+  lua_pushliteral(L, ".type");
+  lua_rawget(L, -2);
+  lua_pushfstring(L, "<%s userdata: %p>", lua_tostring(L, -1), lua_touserdata(L, 1));
+  return 1;
+}
+
+void SetFunction(lua_State* L, const char* name, lua_CFunction function) {
+  lua_pushstring(L, name);
+  lua_pushcfunction(L, function);
+  lua_rawset(L, -3);
+}
+
+void SetNewTable(lua_State* L, const char* name, int fields) {
+  lua_pushstring(L, name);
+  lua_createtable(L, 0, fields);
+  lua_rawset(L, -3);
+}
+
+// Pushes the class's instance metatable, or nil.
+void PushInstanceMetatable(lua_State* L, const ClassRecord& record) {
+  PushClassTable(L);
+  lua_pushstring(L, record.qualified_name);
+  lua_rawget(L, -2);
+  lua_remove(L, -2);
+}
+
+bool HasBases(const ClassRecord& record) { return record.base_class_names[0] != nullptr; }
+
+// Pushes the metamethod of the bases, depth first, that is not itself a proxy; nothing when there is none.
+bool PushBaseMetamethod(lua_State* L, const ClassRecord& record, int name) {
+  luaL_checkstack(L, 8, nullptr);
+  for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
+    const ClassRecord* base = record.bases[i];
+    if (base == nullptr) continue;
+    PushInstanceMetatable(L, *base);
+    if (lua_istable(L, -1)) {
+      lua_pushvalue(L, name);
+      if (lua_rawget(L, -2) == LUA_TFUNCTION && lua_tocfunction(L, -1) != CallInheritedMetamethod) {
+        lua_remove(L, -2);
+        return true;
+      }
+      lua_pop(L, 1);
+    }
+    lua_pop(L, 1);
+    if (PushBaseMetamethod(L, *base, name)) return true;
+  }
+  return false;
+}
+
+// Gives the instance metatable at the stack top a proxy for each metamethod that only its bases have.
+void AddInheritedMetamethods(lua_State* L, const ClassRecord& record) {
+  int metatable = lua_gettop(L);
+  PushClassTable(L);
+  lua_getfield(L, -1, ".library");
+  TQ_INVARIANT_TABLE(lua_istable(L, -1));
+  lua_getfield(L, -1, "inheritable_metamethods");
+  TQ_INVARIANT_TABLE(lua_istable(L, -1));
+  int names = lua_gettop(L);
+  lua_pushnil(L);
+  while (lua_next(L, names)) {
+    bool inheritable = lua_isboolean(L, -1) && lua_toboolean(L, -1);
+    lua_pop(L, 1);
+    if (!inheritable) continue;
+    int name = lua_gettop(L);
+    lua_pushvalue(L, name);
+    bool missing = lua_gettable(L, metatable) == LUA_TNIL;
+    lua_pop(L, 1);
+    if (missing && PushBaseMetamethod(L, record, name)) {
+      lua_pop(L, 1);
+      lua_pushvalue(L, name);
+      lua_pushvalue(L, name);
+      lua_pushlightuserdata(L, const_cast<ClassRecord*>(&record));
+      lua_pushcclosure(L, CallInheritedMetamethod, 2);
+      lua_rawset(L, metatable);
+    }
+  }
+  lua_settop(L, metatable);
+}
+
+void AddDefault(lua_State* L, const char* name, lua_CFunction function) {
+  lua_pushstring(L, name);
+  bool missing = lua_rawget(L, -2) == LUA_TNIL;
+  lua_pop(L, 1);
+  if (missing) SetFunction(L, name, function);
+}
+
+// Sets ".bases" of the instance metatable at the stack top.
+void AddBases(lua_State* L, const ClassRecord& record) {
+  lua_pushliteral(L, ".bases");
+  lua_createtable(L, 0, 0);
+  int bases = lua_gettop(L);
+  lua_Integer count = 0;
+  for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
+    if (record.bases[i] == nullptr) continue;
+    PushInstanceMetatable(L, *record.bases[i]);
+    TQ_INVARIANT_TABLE(lua_istable(L, -1));
+    lua_rawseti(L, bases, ++count);
+  }
+  lua_rawset(L, -3);
+}
+
+// Makes the metatable of the class's objects unless there is one; leaves the stack as it was.
+void RegisterInstances(lua_State* L, const ClassRecord& record, const Dispatchers& dispatchers) {
+  luaL_checkstack(L, 12, nullptr);
+  int begin = lua_gettop(L);
+  PushInstanceMetatable(L, record);
+  bool registered = !lua_isnil(L, -1);
+  lua_settop(L, begin);
+  if (registered) return;
+
+  for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
+    if (record.bases[i] != nullptr) RegisterInstances(L, *record.bases[i], dispatchers);
+  }
+  PushClassTable(L);
+  lua_pushstring(L, record.qualified_name);
+  lua_createtable(L, 0, 12);
+  lua_pushliteral(L, ".type");
+  lua_pushvalue(L, -3);
+  lua_rawset(L, -3);
+  AddBases(L, record);
+  int attributes = CountNamed(record.attributes);
+  SetNewTable(L, ".get", attributes);
+  SetNewTable(L, ".set", attributes);
+  AddAttributes(L, record.attributes);
+  lua_pushliteral(L, ".fn");
+  lua_createtable(L, 0, CountNamed(record.methods) + 1);
+  SetFunction(L, "__disown", Disown);
+  AddMethods(L, record.methods);
+  lua_rawset(L, -3);
+  lua_pushliteral(L, "__index");
+  lua_pushvalue(L, dispatchers.getter);
+  lua_rawset(L, -3);
+  lua_pushliteral(L, "__newindex");
+  lua_pushvalue(L, dispatchers.setter);
+  lua_rawset(L, -3);
+  SetFunction(L, "__gc", Collect);
+  AddMethods(L, record.metatable);
+  if (HasBases(record)) AddInheritedMetamethods(L, record);
+  AddDefault(L, "__tostring", ToString);
+  AddDefault(L, "__eq", Equals);
+  lua_rawset(L, -3);
+  lua_pop(L, 1);
+  TQ_INVARIANT(lua_gettop(L) == begin, "lua_gettop(L) == begin");
+}
+
+// Bases first, so that the class's own entries win.
+void AddInheritedStatics(lua_State* L, const ClassRecord& record) {
+  for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
+    if (record.bases[i] != nullptr) AddInheritedStatics(L, *record.bases[i]);
+  }
+  AddNamespaceDetails(L, *record.cls_static);
+}
+
+}  // namespace
+
+int CallInheritedMetamethod(lua_State* L) {
+  const auto* record = static_cast<const ClassRecord*>(lua_touserdata(L, lua_upvalueindex(2)));
+  int arguments = lua_gettop(L);
+  lua_pushvalue(L, lua_upvalueindex(1));
+  if (!PushBaseMetamethod(L, *record, arguments + 1)) {
+    return luaL_error(L,
+                      "The metamethod proxy is set, but it failed to find actual metamethod. Memory corruption is most "
+                      "likely explanation.");
+  }
+  lua_remove(L, arguments + 1);
+  lua_insert(L, 1);
+  lua_call(L, arguments, LUA_MULTRET);
+  return lua_gettop(L);
+}
+
+void RegisterClass(lua_State* L, const ClassRecord& record, const Dispatchers& dispatchers) {
+  TQ_INVARIANT(std::strcmp(record.name, record.cls_static->name) == 0,
+               "strcmp(clss->name, clss->cls_static->name) == 0");
+  int begin = lua_gettop(L);
+  RegisterInstances(L, record, dispatchers);
+  RegisterNamespace(L, *record.cls_static, dispatchers);
+  if (HasBases(record)) AddInheritedStatics(L, record);
+  int statics = lua_gettop(L);
+  lua_getmetatable(L, statics);
+  if (record.constructor != nullptr) {
+    lua_pushliteral(L, "__call");
+    PushConstructorProxy(L, record.constructor);
+    lua_rawset(L, -3);
+  }
+  lua_pushliteral(L, ".instance");
+  PushInstanceMetatable(L, record);
+  TQ_INVARIANT_TABLE(lua_istable(L, -1));
+  lua_pushliteral(L, ".static");
+  lua_pushvalue(L, statics);
+  lua_rawset(L, -3);
+  lua_rawset(L, -3);
+  lua_settop(L, begin);
+}
+
+}  // namespace binding

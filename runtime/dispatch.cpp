@@ -1,0 +1,244 @@
+#include "runtime/dispatch.h"
+
+#include "runtime/classes.h"
+#include "runtime/invariant.h"
+
+// Both ends of this shared object's code, set by the linker.
+extern "C" __attribute__((visibility("hidden"))) const char __ehdr_start[];
+extern "C" __attribute__((visibility("hidden"))) const char etext[];
+
+namespace binding {
+namespace {
+
+// The keys that the dispatchers look up are upvalues of their closures: ready strings, where a literal would be hashed
+// anew for each access.
+enum Key { kAccessors = 1, kBases, kItem, kMethods };
+
+constexpr int kNotFound = -1;
+
+// Pushes the table that the table at the index holds under the key.
+void PushTable(lua_State* L, int table, Key key) {
+  lua_pushvalue(L, lua_upvalueindex(key));
+  TQ_INVARIANT_TABLE(lua_rawget(L, table) == LUA_TTABLE);
+}
+
+// Whether a C function may run in the dispatcher's own frame: it must be this module's, whose errors allow for that,
+// and have no upvalues. A debugger that counts calls wants the real call.
+bool MayRunInPlace(lua_State* L, lua_CFunction function) {
+  auto address = reinterpret_cast<const char*>(function);
+  return address >= __ehdr_start && address < etext && function != CallInheritedMetamethod && lua_gethookmask(L) == 0;
+}
+
+// Runs `search` with each base's metatable in the place of the object's own, which is on the stack top, until it finds
+// something. Returns the count of results pushed, or kNotFound. The object is at index 1.
+int SearchBases(lua_State* L, int (*search)(lua_State* L)) {
+  int metatable = lua_gettop(L);
+  PushTable(L, metatable, kBases);
+  auto count = static_cast<lua_Integer>(lua_rawlen(L, -1));
+  for (lua_Integer i = 1; i <= count; ++i) {
+    if (lua_rawgeti(L, metatable + 1, i) == LUA_TNIL) {
+      lua_pop(L, 1);
+      continue;
+    }
+    TQ_INVARIANT_TABLE(lua_istable(L, -1));
+    TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L, subcall_first_arg)");
+    lua_setmetatable(L, 1);
+    int results = search(L);
+    lua_pushvalue(L, metatable);
+    lua_setmetatable(L, 1);
+    if (results != kNotFound) {
+      TQ_INVARIANT(lua_gettop(L) == metatable + 1 + results, "lua_gettop(L) == last_arg + *ret");
+      return results;
+    }
+    TQ_INVARIANT(lua_gettop(L) == metatable + 1, "lua_gettop(L) == subcall_last_arg");
+  }
+  lua_pop(L, 1);
+  return kNotFound;
+}
+
+// Drops what a search left between its first slot and its results.
+int Found(lua_State* L, int top, int results) {
+  if (results == 0) {
+    lua_settop(L, top);
+  } else {
+    lua_replace(L, top + 1);
+    lua_settop(L, top + 1);
+  }
+  return results;
+}
+
+int NotFound(lua_State* L, int top) {
+  lua_settop(L, top);
+  return kNotFound;
+}
+
+// Pushes the object's metatable as it stands.
+int PushMetatable(lua_State* L) {
+  luaL_checkstack(L, 8, nullptr);
+  int top = lua_gettop(L);
+  TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
+  return top;
+}
+
+// obj.key in the bases: the stack holds object and key.
+int GetFromBase(lua_State* L) {
+  int top = PushMetatable(L);
+  PushTable(L, top + 1, kAccessors);
+  lua_pushvalue(L, 2);
+  lua_rawget(L, -2);
+  if (lua_iscfunction(L, -1)) {
+    lua_pushvalue(L, 1);
+    lua_call(L, 1, 1);
+    return Found(L, top, 1);
+  }
+  PushTable(L, top + 1, kMethods);
+  lua_pushvalue(L, 2);
+  lua_rawget(L, -2);
+  if (lua_isfunction(L, -1)) return Found(L, top, 1);
+  lua_settop(L, top + 1);
+  int results = SearchBases(L, GetFromBase);
+  return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
+}
+
+int GetItem(lua_State* L) {
+  int top = PushMetatable(L);
+  lua_pushvalue(L, lua_upvalueindex(kItem));
+  lua_rawget(L, top + 1);
+  if (lua_isfunction(L, -1)) {
+    lua_pushvalue(L, 1);
+    lua_pushvalue(L, 2);
+    lua_call(L, 2, 1);
+    return Found(L, top, 1);
+  }
+  lua_settop(L, top + 1);
+  int results = SearchBases(L, GetItem);
+  return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
+}
+
+int MemberGet(lua_State* L) {
+  TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
+  TQ_INVARIANT(lua_gettop(L) == 2, "first_arg == substack_start+1");
+  TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
+  PushTable(L, 3, kAccessors);
+  lua_pushvalue(L, 2);
+  lua_rawget(L, 4);
+  if (lua_CFunction getter = lua_tocfunction(L, 5)) {
+    if (MayRunInPlace(L, getter)) {
+      lua_settop(L, 1);
+      int results = getter(L);
+      if (results != 1) lua_settop(L, lua_gettop(L) - results + 1);
+    } else {
+      lua_pushvalue(L, 1);
+      lua_call(L, 1, 1);
+    }
+    return 1;
+  }
+  PushTable(L, 3, kMethods);
+  lua_pushvalue(L, 2);
+  lua_rawget(L, -2);
+  if (lua_isfunction(L, -1)) return 1;
+
+  lua_settop(L, 3);
+  int results = SearchBases(L, GetFromBase);
+  if (results != kNotFound) return results;
+  lua_settop(L, 2);
+  results = GetItem(L);
+  return results == kNotFound ? 0 : results;
+}
+
+// obj.key = value in the bases: the stack holds object, key and value.
+int SetInBase(lua_State* L) {
+  int top = PushMetatable(L);
+  PushTable(L, top + 1, kAccessors);
+  lua_pushvalue(L, 2);
+  lua_rawget(L, -2);
+  if (lua_iscfunction(L, -1)) {
+    lua_pushvalue(L, 1);
+    lua_pushvalue(L, 3);
+    lua_call(L, 2, 0);
+    return Found(L, top, 0);
+  }
+  lua_pushvalue(L, lua_upvalueindex(kItem));
+  lua_rawget(L, top + 1);
+  if (lua_isfunction(L, -1)) {
+    lua_pushvalue(L, 1);
+    lua_pushvalue(L, 2);
+    lua_pushvalue(L, 3);
+    lua_call(L, 3, 0);
+    return Found(L, top, 0);
+  }
+  lua_settop(L, top + 1);
+  int results = SearchBases(L, SetInBase);
+  return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
+}
+
+int MemberSet(lua_State* L) {
+  TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
+  TQ_INVARIANT(lua_gettop(L) == 3, "first_arg == substack_start+1");
+  TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
+  PushTable(L, 4, kAccessors);
+  lua_pushvalue(L, 2);
+  lua_rawget(L, 5);
+  if (lua_CFunction setter = lua_tocfunction(L, 6)) {
+    if (MayRunInPlace(L, setter)) {
+      lua_copy(L, 3, 2);
+      lua_settop(L, 2);
+      setter(L);
+    } else {
+      lua_pushvalue(L, 1);
+      lua_pushvalue(L, 3);
+      lua_call(L, 2, 0);
+    }
+    return 0;
+  }
+  lua_settop(L, 3);
+  if (SetInBase(L) == kNotFound) {
+    return luaL_error(
+        L,
+        "Assignment not possible. No setter/member with this name. For custom assignments implement __setitem method.");
+  }
+  return 0;
+}
+
+int ConstructorProxy(lua_State* L) {
+  TQ_INVARIANT(lua_istable(L, 1), "(lua_type(L, (1)) == 5)");
+  lua_CFunction constructor = lua_tocfunction(L, lua_upvalueindex(1));
+  if (MayRunInPlace(L, constructor)) {
+    lua_remove(L, 1);
+    int results = constructor(L);
+    if (results != 1) lua_settop(L, lua_gettop(L) - results + 1);
+  } else {
+    lua_pushcfunction(L, constructor);
+    lua_replace(L, 1);
+    lua_call(L, lua_gettop(L) - 1, 1);
+  }
+  return 1;
+}
+
+}  // namespace
+
+void PushMemberGetter(lua_State* L) {
+  lua_pushliteral(L, ".get");
+  lua_pushliteral(L, ".bases");
+  lua_pushliteral(L, "__getitem");
+  lua_pushliteral(L, ".fn");
+  lua_pushcclosure(L, MemberGet, 4);
+}
+
+void PushMemberSetter(lua_State* L) {
+  lua_pushliteral(L, ".set");
+  lua_pushliteral(L, ".bases");
+  lua_pushliteral(L, "__setitem");
+  lua_pushcclosure(L, MemberSet, 3);
+}
+
+void PushConstructorProxy(lua_State* L, lua_CFunction constructor) {
+  lua_pushcfunction(L, constructor);
+  lua_pushcclosure(L, ConstructorProxy, 1);
+}
+
+bool IsDispatcher(lua_CFunction function) {
+  return function == MemberGet || function == MemberSet || function == ConstructorProxy;
+}
+
+}  // namespace binding

@@ -1,0 +1,126 @@
+#include "runtime/handles.h"
+
+#include <cstring>
+
+#include "runtime/arguments.h"
+#include "runtime/invariant.h"
+#include "runtime/type_registry.h"
+
+namespace binding {
+namespace {
+
+// Metamethods that a class may take over from its bases; __gc never is.
+constexpr const char* kInheritableMetamethods[] = {"__add", "__sub", "__mul",  "__div",     "__mod",
+                                                   "__pow", "__unm", "__len",  "__concat",  "__eq",
+                                                   "__lt",  "__le",  "__call", "__tostring"};
+
+void CreateClassTable(lua_State* L) {
+  constexpr int kNames = sizeof(kInheritableMetamethods) / sizeof(kInheritableMetamethods[0]) + 1;
+  lua_createtable(L, 0, 0);
+  lua_createtable(L, 0, 1);
+  lua_createtable(L, 0, kNames);
+  for (const char* name : kInheritableMetamethods) {
+    lua_pushboolean(L, 1);
+    lua_setfield(L, -2, name);
+  }
+  lua_pushboolean(L, 0);
+  lua_setfield(L, -2, "__gc");
+  lua_setfield(L, -2, "inheritable_metamethods");
+  lua_setfield(L, -2, ".library");
+}
+
+void AttachClass(lua_State* L, const TypeDescriptor* type) {
+  if (type == nullptr || type->class_record == nullptr) return;
+  PushClassTable(L);
+  lua_pushstring(L, type->class_record->qualified_name);
+  if (lua_rawget(L, -2) == LUA_TTABLE) {
+    lua_setmetatable(L, -3);
+    lua_pop(L, 1);
+  } else {
+    lua_pop(L, 2);
+  }
+}
+
+}  // namespace
+
+void PushClassTable(lua_State* L) {
+  lua_pushlstring(L, "SWIG", 4);
+  if (lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE) return;
+  lua_pop(L, 1);
+  lua_pushlstring(L, "SWIG", 4);
+  CreateClassTable(L);
+  lua_rawset(L, LUA_REGISTRYINDEX);
+  lua_pushlstring(L, "SWIG", 4);
+  TQ_INVARIANT_TABLE(lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE);
+}
+
+Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
+  auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
+  handle->type = type;
+  handle->own = 0;
+  handle->pointer = nullptr;
+  AttachClass(L, type);
+  return handle;
+}
+
+void PushHandle(lua_State* L, void* pointer, TypeDescriptor* type, int own) {
+  if (pointer == nullptr) {
+    lua_pushnil(L);
+    return;
+  }
+  Handle* handle = PushEmptyHandle(L, type);
+  handle->pointer = pointer;
+  handle->own = own;
+}
+
+void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescriptor* type) {
+  TQ_INVARIANT(bytes != nullptr, "ptr");
+  struct Header {
+    TypeDescriptor* type;
+    std::size_t own;
+  };
+  auto* header = static_cast<Header*>(lua_newuserdata(L, sizeof(Header) + size));
+  header->type = type;
+  header->own = 0;
+  std::memcpy(header + 1, bytes, size);
+  AttachClass(L, type);
+}
+
+int ConvertPtr(lua_State* L, int index, void** pointer, TypeDescriptor* expected, int flags) {
+  if (lua_isnil(L, index)) {
+    *pointer = nullptr;
+    return 0;
+  }
+  Handle* handle = HandleAt(L, index);
+  if (handle == nullptr) return -1;
+  if (flags & kDisown) handle->own = 0;
+  if (expected == nullptr) {
+    *pointer = handle->pointer;
+    return 0;
+  }
+  const CastEntry* cast = FindCast(expected, handle->type);
+  if (cast == nullptr) return -1;
+  if (cast->converter == nullptr) {
+    *pointer = handle->pointer;
+  } else {
+    int newmemory = 0;
+    *pointer = cast->converter(handle->pointer, &newmemory);
+    TQ_INVARIANT(!newmemory, "!newmemory");
+  }
+  return 0;
+}
+
+int TypeNameOf(lua_State* L) {
+  lua_pushstring(L, TypeName(L, 1));
+  return 1;
+}
+
+int Equals(lua_State* L) {
+  const Handle* a = HandleAt(L, 1);
+  const Handle* b = HandleAt(L, 2);
+  if (a == nullptr || b == nullptr) return 0;
+  lua_pushboolean(L, a->pointer == b->pointer);
+  return 1;
+}
+
+}  // namespace binding

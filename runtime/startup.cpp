@@ -1,0 +1,35 @@
+#include "runtime/startup.h"
+
+#include "runtime/dispatch.h"
+#include "runtime/handles.h"
+#include "runtime/namespaces.h"
+#include "runtime/type_registry.h"
+
+namespace binding {
+
+void OpenModule(lua_State* L, ModuleRecord* types, const NamespaceRecord& record) {
+  luaL_checkstack(L, 20, nullptr);
+  bool first_in_process = types->next_module == nullptr;
+  lua_rawgeti(L, LUA_REGISTRYINDEX, LUA_RIDX_GLOBALS);
+  JoinRing(L, types);
+  if (first_in_process) PropagateClasses(*types);
+  lua_pushliteral(L, "swig_type");
+  lua_pushcfunction(L, TypeNameOf);
+  lua_rawset(L, -3);
+  lua_pushliteral(L, "swig_equals");
+  lua_pushcfunction(L, Equals);
+  lua_rawset(L, -3);
+  ResolveBases(L, *types);
+
+  Dispatchers dispatchers;
+  PushMemberGetter(L);
+  dispatchers.getter = lua_gettop(L);
+  PushMemberSetter(L);
+  dispatchers.setter = lua_gettop(L);
+  lua_pushvalue(L, dispatchers.getter - 1);
+  RegisterNamespace(L, record, dispatchers);
+  lua_replace(L, dispatchers.getter);
+  lua_settop(L, dispatchers.getter);
+}
+
+}  // namespace binding

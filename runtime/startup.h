@@ -1,0 +1,16 @@
+// Opening a module of this kind.
+#ifndef TQ_RUNTIME_STARTUP_H
+#define TQ_RUNTIME_STARTUP_H
+
+#include "runtime/abi.h"
+
+namespace binding {
+
+// Joins the interpreter's ring of type tables, installs the global functions and registers the module's namespace as a
+// global. Pushes two values: the global table and, on top, the module table. The record is process-wide: its types are
+// filled in when the process first opens the module.
+void OpenModule(lua_State* L, ModuleRecord* types, const NamespaceRecord& record);
+
+}  // namespace binding
+
+#endif
