@@ -1,5 +1,8 @@
 #include "commands/arrays.h"
 
+#include <cstdint>
+#include <cstdlib>
+
 #include "runtime/handles.h"
 
 namespace tq_mom {
@@ -10,7 +13,7 @@ constexpr int kGroup = 8;
 
 // Builds an array of `spare` elements more than the table holds. `convert` takes the value at a stack index.
 template <class T, class Convert>
-const char* Build(lua_State* L, int index, std::size_t spare, T** elements, int* count, const char* no_table,
+const char* Build(lua_State* L, int index, std::size_t spare, void** elements, int* count, const char* no_table,
                   const char* bad_element, Convert convert) {
   *elements = nullptr;
   *count = 0;
@@ -39,31 +42,32 @@ const char* Build(lua_State* L, int index, std::size_t spare, T** elements, int*
 
 }  // namespace
 
-const char* BuildIntegers(lua_State* L, int index, std::int32_t** elements, int* count) {
-  return Build(L, index, 0, elements, count, "input error, errcode_1", "input error, errcode_3",
-               [](lua_State* state, int element, std::int32_t* value) {
-                 if (!lua_isinteger(state, element)) return false;
-                 *value = static_cast<std::int32_t>(static_cast<std::uint32_t>(lua_tointeger(state, element)));
-                 return true;
-               });
+const char* BuildIntegers(lua_State* L, int index, void** elements, int* count) {
+  return Build<std::int32_t>(L, index, 0, elements, count, "input error, errcode_1", "input error, errcode_3",
+                             [](lua_State* state, int element, std::int32_t* value) {
+                               if (!lua_isinteger(state, element)) return false;
+                               *value =
+                                   static_cast<std::int32_t>(static_cast<std::uint32_t>(lua_tointeger(state, element)));
+                               return true;
+                             });
 }
 
-const char* BuildScores(lua_State* L, int index, double** elements, int* count) {
-  return Build(L, index, 1, elements, count, "input error, expect array", "input error",
-               [](lua_State* state, int element, double* value) {
-                 int is_number;
-                 *value = lua_tonumberx(state, element, &is_number);
-                 return is_number != 0;
-               });
+const char* BuildScores(lua_State* L, int index, void** elements, int* count) {
+  return Build<double>(L, index, 1, elements, count, "input error, expect array", "input error",
+                       [](lua_State* state, int element, double* value) {
+                         int is_number;
+                         *value = lua_tonumberx(state, element, &is_number);
+                         return is_number != 0;
+                       });
 }
 
-const char* BuildMembers(lua_State* L, int index, void*** elements, int* count) {
-  return Build(L, index, 1, elements, count, "input error, expect array", "input error",
-               [](lua_State* state, int element, void** value) {
-                 const binding::Handle* handle = binding::HandleAt(state, element);
-                 *value = handle != nullptr ? handle->pointer : nullptr;
-                 return handle != nullptr || lua_isnil(state, element);
-               });
+const char* BuildMembers(lua_State* L, int index, void** elements, int* count) {
+  return Build<void*>(L, index, 1, elements, count, "input error, expect array", "input error",
+                      [](lua_State* state, int element, void** value) {
+                        const binding::Handle* handle = binding::HandleAt(state, element);
+                        *value = handle != nullptr ? handle->pointer : nullptr;
+                        return handle != nullptr || lua_isnil(state, element);
+                      });
 }
 
 }  // namespace tq_mom

@@ -12,12 +12,12 @@ namespace tq_mom {
 // table gives null and 0. Returns null, or the text of the error, with nothing left allocated. Pushes nothing, raises
 // nothing.
 
-// Lua integers, cut to their low 32 bits.
-const char* BuildIntegers(lua_State* L, int index, std::int32_t** elements, int* count);
-// Numbers and strings that convert to one.
-const char* BuildScores(lua_State* L, int index, double** elements, int* count);
-// The native pointers of handles of any type; nil gives null.
-const char* BuildMembers(lua_State* L, int index, void*** elements, int* count);
+// int32_t: Lua integers, cut to their low 32 bits.
+const char* BuildIntegers(lua_State* L, int index, void** elements, int* count);
+// double: numbers and strings that convert to one.
+const char* BuildScores(lua_State* L, int index, void** elements, int* count);
+// void *: the native pointers of handles of any type; nil gives null.
+const char* BuildMembers(lua_State* L, int index, void** elements, int* count);
 
 }  // namespace tq_mom
 

@@ -5,287 +5,211 @@
 #ifndef TQ_COMMANDS_COMMAND_H
 #define TQ_COMMANDS_COMMAND_H
 
-#include <cstring>
-#include <tuple>
+#include <cstdint>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
-#include "commands/arrays.h"
 #include "records/parameters.h"
 
 namespace tq_mom {
 
+// How a client function's name follows from the Lua function's: what is cut off the front of kPrefix and kSuffix.
+struct ClientName {
+  static constexpr char kPrefix[] = "_tq_mom_";
+  static constexpr char kSuffix[] = "_sync";
+
+  std::uint8_t prefix_cut;
+  std::uint8_t suffix_cut;
+};
+
+// Does not compile for a client function whose name does not follow from the Lua name.
+consteval ClientName NameFor(std::string_view client, std::string_view lua) {
+  constexpr std::string_view kPrefix = ClientName::kPrefix;
+  constexpr std::string_view kSuffix = ClientName::kSuffix;
+  std::size_t start = client.find(lua);
+  std::string_view prefix = client.substr(0, start);
+  std::string_view suffix = client.substr(start + lua.size());
+  if (!kPrefix.ends_with(prefix) || !(suffix.empty() || suffix == kSuffix)) __builtin_unreachable();
+  return {static_cast<std::uint8_t>(kPrefix.size() - prefix.size()),
+          static_cast<std::uint8_t>(kSuffix.size() - suffix.size())};
+}
+
 // What the shared code knows of a command; the rest is in the type of the code that is shared.
-struct Command {
+struct Description {
   static constexpr int kMaxParameters = 6;
 
-  const char* names;  // the client function's and, behind its NUL, the Lua function's
-  Parameter parameters[kMaxParameters];
+  const char* name;  // the Lua function's
+  ClientName client_name;
   std::uint8_t count;
   TypeId result;  // of a pointer result
+  Parameter parameters[kMaxParameters];
 
   [[gnu::cold]] void CheckKinds(lua_State* L) const;
-  [[noreturn, gnu::cold]] void RejectCount(lua_State* L) const;
-  [[noreturn, gnu::cold]] void Reject(lua_State* L, int argument, const char* error) const;
 };
 
-// One Lua argument each. Read converts it, false when it cannot; Native is what the client function gets for it.
-// Pointer types are all `void *` here, so that commands share code whatever record types they take.
-struct Scalar {
-  const char* error = nullptr;
-  void Release() {}
+struct Command {
+  void (*function)();  // the client function
+  Description description;
 };
 
-struct HandleArgument : Scalar {
-  void* value;
-  bool Read(lua_State* L, int index, const Command& command) {
-    return Convert(L, index, &value, command.parameters[index - 1].type, command);
+// One argument of a client function. An array takes two: its elements and their number.
+union Slot {
+  void* pointer;
+  const char* string;
+  int integer;
+  unsigned int unsigned_integer;
+  std::size_t size;
+  double number;
+  timeval timeout;
+
+  template <class T>
+  T Get() const {
+    if constexpr (std::is_same_v<T, void*>) return pointer;
+    if constexpr (std::is_same_v<T, const char*>) return string;
+    if constexpr (std::is_same_v<T, int>) return integer;
+    if constexpr (std::is_same_v<T, unsigned int>) return unsigned_integer;
+    if constexpr (std::is_same_v<T, unsigned long>) return size;
+    if constexpr (std::is_same_v<T, double>) return number;
+    if constexpr (std::is_same_v<T, timeval>) return timeout;
   }
-  std::tuple<void*> Native() const { return {value}; }
 };
 
-struct KeyArgument : Scalar {
-  void* value;
-  bool Read(lua_State* L, int index, const Command&) {
-    value = binding::UntypedPointerAt(L, index);
-    return true;
-  }
-  std::tuple<void*> Native() const { return {value}; }
-};
+// Converts the Lua arguments from left to right, or raises the error of the first that is wrong. The arrays among the
+// slots are the caller's.
+void ReadArguments(lua_State* L, const Description& command, Slot* slots);
+void ReleaseArrays(const Description& command, const Slot* slots);
 
-struct StringArgument : Scalar {
-  const char* value;
-  bool Read(lua_State* L, int index, const Command&) {
-    value = lua_tostring(L, index);
-    return value != nullptr || lua_isnil(L, index);
-  }
-  std::tuple<const char*> Native() const { return {value}; }
-};
-
-struct IntArgument : Scalar {
-  int value;
-  bool Read(lua_State* L, int index, const Command&) { return binding::ToInt(L, index, &value); }
-  std::tuple<int> Native() const { return {value}; }
-};
-
-// unsigned int, and size_t where that is another type.
+// How the checks see a native parameter.
 template <class T>
-struct UnsignedArgument : Scalar {
-  std::uint32_t value;
-  bool Read(lua_State* L, int index, const Command&) { return binding::ToUnsigned(L, index, &value); }
-  std::tuple<T> Native() const { return {value}; }
-};
-
-struct DoubleArgument : Scalar {
-  double value;
-  bool Read(lua_State* L, int index, const Command&) {
-    int is_number;
-    value = lua_tonumberx(L, index, &is_number);
-    return is_number;
-  }
-  std::tuple<double> Native() const { return {value}; }
-};
-
-struct TimeoutArgument : Scalar {
-  timeval value;
-  bool Read(lua_State* L, int index, const Command&);
-  std::tuple<timeval> Native() const { return {value}; }
-};
-
-// A Lua table as a heap block and its length: two native arguments.
-template <class T, const char* (*build)(lua_State*, int, T**, int*)>
-struct ArrayArgument {
-  T* elements = nullptr;
-  int count = 0;
-  const char* error = nullptr;
-  bool Read(lua_State* L, int index, const Command&) {
-    error = build(L, index, &elements, &count);
-    return error == nullptr;
-  }
-  void Release() { std::free(elements); }
-  std::tuple<T*, int> Native() const { return {elements, count}; }
-};
-
-using IntegersArgument = ArrayArgument<std::int32_t, BuildIntegers>;
-using ScoresArgument = ArrayArgument<double, BuildScores>;
-using MembersArgument = ArrayArgument<void*, BuildMembers>;
-
-// The Lua argument for a native parameter, and how its checks see it.
+inline constexpr Parameter kParameterFor = {};
 template <class T>
-struct ArgumentFor;
+inline constexpr Parameter kParameterFor<T*> = {Kind::kHandle, kTypeOf<T>};
+template <>
+inline constexpr Parameter kParameterFor<void*> = {Kind::kKey};
+template <>
+inline constexpr Parameter kParameterFor<tq_obj*> = {Kind::kKey};
+template <>
+inline constexpr Parameter kParameterFor<const char*> = {Kind::kString};
+template <>
+inline constexpr Parameter kParameterFor<int> = {Kind::kInt};
+template <>
+inline constexpr Parameter kParameterFor<unsigned int> = {Kind::kUnsignedInt};
+template <>
+inline constexpr Parameter kParameterFor<unsigned long> = {Kind::kSize};
+template <>
+inline constexpr Parameter kParameterFor<double> = {Kind::kDouble};
+template <>
+inline constexpr Parameter kParameterFor<timeval> = {Kind::kTimeout};
+// Pointers to these are arrays, and the parameter behind them is their length.
+template <>
+inline constexpr Parameter kParameterFor<std::int32_t*> = {Kind::kIntegers};
+template <>
+inline constexpr Parameter kParameterFor<double*> = {Kind::kScores};
+template <>
+inline constexpr Parameter kParameterFor<void**> = {Kind::kMembers};
+
+constexpr bool IsArray(Kind kind) { return kind >= Kind::kIntegers && kind <= Kind::kMembers; }
+
 template <class T>
-struct ArgumentFor<T*> {
-  using Type = HandleArgument;
-  static constexpr Parameter kParameter{Kind::kHandle, kTypeOf<T>};
-};
-template <>
-struct ArgumentFor<void*> {
-  using Type = KeyArgument;
-  static constexpr Parameter kParameter{Kind::kKey};
-};
-template <>
-struct ArgumentFor<tq_obj*> : ArgumentFor<void*> {};
-template <>
-struct ArgumentFor<const char*> {
-  using Type = StringArgument;
-  static constexpr Parameter kParameter{Kind::kString};
-};
-template <>
-struct ArgumentFor<int> {
-  using Type = IntArgument;
-  static constexpr Parameter kParameter{Kind::kInt};
-};
-template <>
-struct ArgumentFor<unsigned int> {
-  using Type = UnsignedArgument<unsigned int>;
-  static constexpr Parameter kParameter{Kind::kUnsignedInt};
-};
-template <>
-struct ArgumentFor<unsigned long> {
-  using Type = UnsignedArgument<unsigned long>;
-  static constexpr Parameter kParameter{Kind::kSize};
-};
-template <>
-struct ArgumentFor<double> {
-  using Type = DoubleArgument;
-  static constexpr Parameter kParameter{Kind::kDouble};
-};
-template <>
-struct ArgumentFor<timeval> {
-  using Type = TimeoutArgument;
-  static constexpr Parameter kParameter{Kind::kTimeout};
-};
-struct IntegersFor {
-  using Type = IntegersArgument;
-  static constexpr Parameter kParameter{Kind::kIntegers};
-};
-struct ScoresFor {
-  using Type = ScoresArgument;
-  static constexpr Parameter kParameter{Kind::kScores};
-};
-struct MembersFor {
-  using Type = MembersArgument;
-  static constexpr Parameter kParameter{Kind::kMembers};
-};
+using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, const char*>, void*, T>;
 
-template <class... T>
-struct List {};
-
-// Groups native parameters into Lua arguments: an array pointer takes the count behind it along, and a last `int *` is
-// an out-value, which becomes a second result.
-template <class Done, class... Rest>
-struct Group;
-template <class... Done>
-struct Group<List<Done...>> {
-  using Arguments = List<Done...>;
-  static constexpr bool kHasOut = false;
-};
-template <class... Done>
-struct Group<List<Done...>, int*> {
-  using Arguments = List<Done...>;
-  static constexpr bool kHasOut = true;
-};
-template <class... Done, class... Rest>
-struct Group<List<Done...>, std::int32_t*, int, Rest...> : Group<List<Done..., IntegersFor>, Rest...> {};
-template <class... Done, class... Rest>
-struct Group<List<Done...>, double*, int, Rest...> : Group<List<Done..., ScoresFor>, Rest...> {};
-template <class... Done, class... Rest>
-struct Group<List<Done...>, void**, int, Rest...> : Group<List<Done..., MembersFor>, Rest...> {};
-template <class... Done, class First, class... Rest>
-struct Group<List<Done...>, First, Rest...> : Group<List<Done..., ArgumentFor<First>>, Rest...> {};
-
-inline void PushResult(lua_State* L, int result, const Command&) { lua_pushnumber(L, result); }
-inline void PushResult(lua_State* L, void* result, const Command& command) {
+inline void PushResult(lua_State* L, int result, const Description&) { lua_pushnumber(L, result); }
+inline void PushResult(lua_State* L, void* result, const Description& command) {
   binding::PushHandle(L, result, Type(command.result), 0);
 }
 
-// Reads the arguments from left to right, calls the client function once and pushes its results. One instance serves
-// all client functions of the same shape.
-template <class Result, bool kHasOut, class... Argument>
-int Invoke(lua_State* L, const Command& command, void (*function)()) {
-  if (lua_gettop(L) != static_cast<int>(sizeof...(Argument))) command.RejectCount(L);
-  std::tuple<Argument...> arguments;
-  return std::apply(
-      [&](Argument&... argument) {
-        int index = 0;
-        if (!(argument.Read(L, ++index, command) && ...)) {
-          (argument.Release(), ...);
-          const char* errors[] = {argument.error...};
-          command.Reject(L, index, errors[index - 1]);
-        }
-        int out;
-        Result result = std::apply(
-            [&](auto... native) {
-              if constexpr (kHasOut) {
-                return reinterpret_cast<Result (*)(decltype(native)..., int*)>(function)(native..., &out);
-              } else {
-                return reinterpret_cast<Result (*)(decltype(native)...)>(function)(native...);
-              }
-            },
-            std::tuple_cat(argument.Native()...));
-        (argument.Release(), ...);
-        PushResult(L, result, command);
-        if constexpr (kHasOut) lua_pushnumber(L, out);
-        return kHasOut ? 2 : 1;
-      },
-      arguments);
+// Calls the client function and pushes its results. Pointers are all `void *` here, so that one instance serves all
+// client functions of the same shape, whatever record types they take.
+template <bool has_arrays, bool has_out, class Result, class... Argument, std::size_t... index>
+int Invoke(lua_State* L, const Command& command, std::index_sequence<index...>) {
+  Slot slots[sizeof...(Argument)];
+  ReadArguments(L, command.description, slots);
+  Result result;
+  int out;
+  if constexpr (has_out) {
+    auto function = reinterpret_cast<Result (*)(Argument..., int*)>(command.function);
+    result = function(slots[index].template Get<Argument>()..., &out);
+  } else {
+    auto function = reinterpret_cast<Result (*)(Argument...)>(command.function);
+    result = function(slots[index].template Get<Argument>()...);
+  }
+  if constexpr (has_arrays) ReleaseArrays(command.description, slots);
+  PushResult(L, result, command.description);
+  if constexpr (has_out) lua_pushnumber(L, out);
+  return has_out ? 2 : 1;
 }
 
 template <class Function>
-struct Binding;
-template <class Result, class... Native>
-struct Binding<Result (*)(Native...)> {
-  using Grouped = Group<List<>, Native...>;
+struct ClientFunction;
 
-  template <class... For>
-  static constexpr Command Describe(List<For...>, const char* names) {
-    Command command{names, {For::kParameter...}, sizeof...(For), TypeId::_p_void};
+template <class Result, class... Argument>
+struct ClientFunction<Result (*)(Argument...)> {
+  static constexpr bool kHasOut = false;
+
+  static constexpr Description Describe(const char* name, ClientName client_name) {
+    Description command{name, client_name, 0, TypeId::_p_void, {}};
     if constexpr (std::is_pointer_v<Result>) command.result = kTypeOf<std::remove_pointer_t<Result>>;
+    bool is_length = false;
+    for (Parameter parameter : {kParameterFor<Argument>...}) {
+      if (!is_length) command.parameters[command.count++] = parameter;
+      is_length = IsArray(parameter.kind);
+    }
     return command;
   }
-  static constexpr Command Describe(const char* names) { return Describe(typename Grouped::Arguments(), names); }
 
-  template <class... For>
-  static int Call(List<For...>, lua_State* L, const Command& command, void (*function)()) {
-    using Erased = std::conditional_t<std::is_pointer_v<Result>, void*, Result>;
-    return Invoke<Erased, Grouped::kHasOut, typename For::Type...>(L, command, function);
-  }
-  static int Call(lua_State* L, const Command& command, Result (*function)(Native...)) {
-    return Call(typename Grouped::Arguments(), L, command, reinterpret_cast<void (*)()>(function));
+  static int Call(lua_State* L, const Command& command) {
+    return Invoke<(IsArray(kParameterFor<Argument>.kind) || ...), false, Erased<Result>, Erased<Argument>...>(
+        L, command, std::index_sequence_for<Argument...>());
   }
 };
 
-// The method of a Lua function that calls a client function.
-#define TQ_COMMAND(lua_name, client_function)                                                                    \
-  binding::Method {                                                                                              \
-#lua_name, [](lua_State* L) {                                                                                  \
-      using ClientBinding = tq_mom::Binding<decltype(&client_function)>;                                           \
-      static constexpr tq_mom::Command kCommand = ClientBinding::Describe(#client_function "\0" #lua_name);        \
-      return ClientBinding::Call(L, kCommand, &client_function);                                                   \
-    } \
+// A last `int *` is an out-value, which becomes a second result.
+template <class Result, class A, class B, class C>
+struct ClientFunction<Result (*)(A, B, C, int*)> : ClientFunction<Result (*)(A, B, C)> {
+  static int Call(lua_State* L, const Command& command) {
+    return Invoke<false, true, Erased<Result>, Erased<A>, Erased<B>, Erased<C>>(L, command,
+                                                                                std::make_index_sequence<3>());
   }
-
-// The same for a function whose last unsigned parameter is declared size_t, which on some targets is unsigned int.
-#define TQ_COMMAND_WITH_SIZE(lua_name, client_function)                                                          \
-  binding::Method {                                                                                              \
-#lua_name, [](lua_State* L) {                                                                                  \
-      using ClientBinding = tq_mom::Binding<decltype(&client_function)>;                                           \
-      static constexpr tq_mom::Command kCommand =                                                                  \
-          tq_mom::LastUnsignedIsSize(ClientBinding::Describe(#client_function "\0" #lua_name));                    \
-      return ClientBinding::Call(L, kCommand, &client_function);                                                   \
-    } \
+};
+template <class Result, class A, class B, class C, class D>
+struct ClientFunction<Result (*)(A, B, C, D, int*)> : ClientFunction<Result (*)(A, B, C, D)> {
+  static int Call(lua_State* L, const Command& command) {
+    return Invoke<false, true, Erased<Result>, Erased<A>, Erased<B>, Erased<C>, Erased<D>>(
+        L, command, std::make_index_sequence<4>());
   }
+};
 
-constexpr Command LastUnsignedIsSize(Command command) {
-  for (int i = command.count - 1; i >= 0; --i) {
+// A size_t is unsigned int on some targets; a function that declares one says so.
+constexpr Description WithSize(Description command) {
+  for (int i = command.count; i-- > 0;) {
     Kind& kind = command.parameters[i].kind;
-    if (kind == Kind::kSize) break;
-    if (kind == Kind::kUnsignedInt) {
+    if (kind == Kind::kUnsignedInt || kind == Kind::kSize) {
       kind = Kind::kSize;
       break;
     }
   }
   return command;
 }
+
+#define TQ_DESCRIBE(lua_name, client_function) \
+  tq_mom::ClientFunction<decltype(&client_function)>::Describe(#lua_name, tq_mom::NameFor(#client_function, #lua_name))
+
+#define TQ_METHOD(lua_name, client_function, description)                                                \
+  binding::Method {                                                                                      \
+#lua_name, [](lua_State* L) {                                                                          \
+      static const tq_mom::Command kCommand = {reinterpret_cast<void (*)()>(&client_function), description}; \
+      return tq_mom::ClientFunction<decltype(&client_function)>::Call(L, kCommand);                        \
+    } \
+  }
+
+// The method of a Lua function that calls a client function.
+#define TQ_COMMAND(lua_name, client_function) \
+  TQ_METHOD(lua_name, client_function, TQ_DESCRIBE(lua_name, client_function))
+
+// The same for a function whose last unsigned parameter is declared size_t.
+#define TQ_COMMAND_WITH_SIZE(lua_name, client_function) \
+  TQ_METHOD(lua_name, client_function, tq_mom::WithSize(TQ_DESCRIBE(lua_name, client_function)))
 
 }  // namespace tq_mom
 

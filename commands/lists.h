@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-inline constexpr binding::Method kListCommands[] = {
+constexpr binding::Method kListCommands[] = {
     TQ_COMMAND(lpush, tq_mom_lpush_sync),
     TQ_COMMAND(lpush_ext, tq_mom_lpush_ext_sync),
     TQ_COMMAND(rpush, tq_mom_rpush_sync),

@@ -28,27 +28,19 @@ int CallBack(tq_global_t* g, void* message, void* context) {
 }
 
 // What a script passes: the callback and its argument take the places of the client function's last two.
-using ScanArguments =
-    Binding<int (*)(tq_global_t* g, int db, void* key, unsigned int count, void* callback, void* argument)>;
-constexpr Command kScan = ScanArguments::Describe("tq_mom_scan_sync\0scan");
+using ScanFunction = int (*)(tq_global_t* g, int db, void* key, unsigned int count, void* callback, void* argument);
+constexpr Description kScan = ClientFunction<ScanFunction>::Describe("scan", NameFor("tq_mom_scan_sync", "scan"));
 constexpr int kCallback = 5;
 constexpr int kUserArgument = 6;
 
 }  // namespace
 
 int Scan(lua_State* L) {
-  if (lua_gettop(L) != kUserArgument) kScan.RejectCount(L);
-  HandleArgument g;
-  IntArgument db;
-  KeyArgument key;
-  UnsignedArgument<unsigned int> count;
-  if (!g.Read(L, 1, kScan)) kScan.Reject(L, 1, nullptr);
-  if (!db.Read(L, 2, kScan)) kScan.Reject(L, 2, nullptr);
-  key.Read(L, 3, kScan);
-  if (!count.Read(L, 4, kScan)) kScan.Reject(L, 4, nullptr);
-
+  Slot slots[kUserArgument];
+  ReadArguments(L, kScan, slots);
   auto scan = [&](tq_mom_scan_cb callback, void* context) {
-    return tq_mom_scan_sync(static_cast<tq_global_t*>(g.value), db.value, key.value, count.value, callback, context);
+    return tq_mom_scan_sync(static_cast<tq_global_t*>(slots[0].pointer), slots[1].integer, slots[2].pointer,
+                            slots[3].unsigned_integer, callback, context);
   };
   int status;
   if (lua_isfunction(L, kCallback)) {

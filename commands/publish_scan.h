@@ -10,7 +10,7 @@ namespace tq_mom {
 // The one command that calls back into Lua.
 int Scan(lua_State* L);
 
-inline constexpr binding::Method kPublishScanCommands[] = {
+constexpr binding::Method kPublishScanCommands[] = {
     TQ_COMMAND(publish, tq_mom_publish_sync),
     TQ_COMMAND(publish_ext, tq_mom_publish_ext_sync),
     {"scan", Scan},

@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-inline constexpr binding::Method kSetCommands[] = {
+constexpr binding::Method kSetCommands[] = {
     TQ_COMMAND(sadd, tq_mom_sadd_sync),
     TQ_COMMAND(sadd_ext, tq_mom_sadd_ext_sync),
     TQ_COMMAND(srem, tq_mom_srem_sync),

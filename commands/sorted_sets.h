@@ -7,7 +7,7 @@
 
 namespace tq_mom {
 
-inline constexpr binding::Method kSortedSetCommands[] = {
+constexpr binding::Method kSortedSetCommands[] = {
     TQ_COMMAND(zadd, _tq_mom_zadd_sync),
     TQ_COMMAND(zadd_ext, _tq_mom_zadd_ext_sync),
     TQ_COMMAND(zrem, tq_mom_zrem_sync),

@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-inline constexpr binding::Method kStringCommands[] = {
+constexpr binding::Method kStringCommands[] = {
     TQ_COMMAND(get, tq_mom_get_sync),
     TQ_COMMAND(get_ext, tq_mom_get_ext_sync),
     TQ_COMMAND(set, tq_mom_set_sync),

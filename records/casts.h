@@ -49,7 +49,7 @@ int CastHandle(lua_State* L, const char* name, void* (*cast)(void*), TypeId type
      return CastHandle(                                                                    \
          L, #name, [](void* pointer) -> void* { return name(pointer); }, kTypeOf<record>); \
    }},
-inline constexpr binding::Method kCasts[] = {TQ_CASTS(TQ_CAST_METHOD)};
+constexpr binding::Method kCasts[] = {TQ_CASTS(TQ_CAST_METHOD)};
 #undef TQ_CAST_METHOD
 
 }  // namespace tq_mom

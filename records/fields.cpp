@@ -14,8 +14,7 @@ struct Names {
                nullptr},
         conversions{ClassName(accessor.field.record), "_", accessor.field.name,
                     accessor.access == Access::kGet ? "_get" : "_set", nullptr},
-        parameters{{Kind::kHandle, accessor.field.record},
-                   {accessor.field.setter_kind, accessor.field.value_type, accessor.field.extent}},
+        parameters{{Kind::kHandle, accessor.field.record}, {accessor.field.setter_kind, accessor.field.value_type}},
         callee{parameters, accessor.access == Access::kGet ? 1 : 2, Spelling::kStructure, checks, conversions} {}
 
   binding::Piece checks[5];

@@ -186,11 +186,17 @@ struct FieldFor<double> {
   using Type = DoubleField;
   static constexpr Kind kKind = Kind::kDouble;
 };
-template <std::size_t length>
-struct FieldFor<char[length]> {
+template <Kind kind>
+struct CharArrayFor {
   using Type = CharArrayField;
-  static constexpr Kind kKind = Kind::kCharArray;
+  static constexpr Kind kKind = kind;
 };
+template <>
+struct FieldFor<char[TQ_MOM_KEY_MAX_LEN]> : CharArrayFor<Kind::kKeyText> {};
+template <>
+struct FieldFor<char[TQ_MOM_FIELD_MAX_LEN]> : CharArrayFor<Kind::kFieldText> {};
+template <>
+struct FieldFor<char[TQ_THREAD_NAME_LEN + 1]> : CharArrayFor<Kind::kThreadName> {};
 template <>
 struct FieldFor<char*> {
   using Type = OwnedStringField;
@@ -273,16 +279,6 @@ template <class FieldKind>
   return 0;
 }
 
-template <class FieldKind, Field field>
-int Get(lua_State* L) {
-  return GetShared<FieldKind>(L, field);
-}
-
-template <class FieldKind, Field field>
-int Set(lua_State* L) {
-  return SetShared<FieldKind>(L, field);
-}
-
 constexpr Field MakeField(const char* name, TypeId record, Kind kind, TypeId value_type, std::size_t offset,
                           std::size_t extent, std::size_t count_offset = 0) {
   Field field{};
@@ -296,41 +292,53 @@ constexpr Field MakeField(const char* name, TypeId record, Kind kind, TypeId val
   return field;
 }
 
-template <class FieldKind, Field field>
-inline constexpr binding::Attribute kAttribute = {field.name, Get<FieldKind, field>, Set<FieldKind, field>};
+// A field's description and its two Lua functions. `Describe` is a stateless function object, one type for each field.
+template <class FieldKind, class Describe>
+struct FieldAccess {
+  static constexpr Field kField = Describe()();
+  static int Get(lua_State* L) { return GetShared<FieldKind>(L, kField); }
+  static int Set(lua_State* L) { return SetShared<FieldKind>(L, kField); }
+};
 
-template <const binding::Attribute& attribute>
-inline constexpr binding::Attribute kReadOnly = {attribute.name, attribute.getter, binding::SetImmutable};
+template <class FieldKind, class Describe>
+constexpr binding::Attribute MakeAttribute(Describe) {
+  using Accessors = FieldAccess<FieldKind, Describe>;
+  return {Accessors::kField.name, Accessors::Get, Accessors::Set};
+}
 
-#define TQ_MEMBER_SPOT(record, member) offsetof(record, member), sizeof(record::member)
+constexpr binding::Attribute ReadOnly(binding::Attribute attribute) {
+  attribute.setter = binding::SetImmutable;
+  return attribute;
+}
+
+#define TQ_ATTRIBUTE(field_kind, record, member, setter_kind, value_type, ...)                                    \
+  tq_mom::MakeAttribute<field_kind>([] {                                                                          \
+    return tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, setter_kind, value_type, offsetof(record, member), \
+                             sizeof(record::member) __VA_OPT__(, ) __VA_ARGS__);                                  \
+  })
+
+#define TQ_FIELD_FOR(record, member) tq_mom::FieldFor<decltype(record::member)>
 
 // A member whose C++ type says what it is.
-#define TQ_FIELD(record, member)                                                                              \
-  tq_mom::kAttribute<tq_mom::FieldFor<decltype(record::member)>::Type,                                        \
-                     tq_mom::MakeField(                                                                       \
-                         #member, tq_mom::kTypeOf<record>, tq_mom::FieldFor<decltype(record::member)>::kKind, \
-                         tq_mom::ValueTypeFor<decltype(record::member)>(), TQ_MEMBER_SPOT(record, member))>
+#define TQ_FIELD(record, member)                                                                        \
+  TQ_ATTRIBUTE(TQ_FIELD_FOR(record, member)::Type, record, member, TQ_FIELD_FOR(record, member)::kKind, \
+               tq_mom::ValueTypeFor<decltype(record::member)>())
 
 // An array and the member that counts its elements.
-#define TQ_ARRAY(record, member, count)                                                         \
-  tq_mom::kAttribute<tq_mom::FieldFor<decltype(record::member)>::Type,                          \
-                     tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, tq_mom::Kind::kHandle, \
-                                       tq_mom::ValueTypeFor<decltype(record::member)>(),        \
-                                       TQ_MEMBER_SPOT(record, member), offsetof(record, count))>
+#define TQ_ARRAY(record, member, count)                                                   \
+  TQ_ATTRIBUTE(TQ_FIELD_FOR(record, member)::Type, record, member, tq_mom::Kind::kHandle, \
+               tq_mom::ValueTypeFor<decltype(record::member)>(), offsetof(record, count))
 
 // An int64_t, which on some targets is the same type as long long.
-#define TQ_INT64(record, member)                                                                                   \
-  tq_mom::kAttribute<tq_mom::Int64Field, tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, tq_mom::Kind::kInt64, \
-                                                           tq_mom::TypeId::_p_void, TQ_MEMBER_SPOT(record, member))>
+#define TQ_INT64(record, member) \
+  TQ_ATTRIBUTE(tq_mom::Int64Field, record, member, tq_mom::Kind::kInt64, tq_mom::TypeId::_p_void)
 
 // A member that is reached through handles of the given type into the record.
-#define TQ_EMBEDDED(record, member, type)                                                         \
-  tq_mom::kAttribute<tq_mom::EmbeddedField,                                                       \
-                     tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, tq_mom::Kind::kEmbedded, \
-                                       tq_mom::TypeId::_p_##type, TQ_MEMBER_SPOT(record, member))>
+#define TQ_EMBEDDED(record, member, type) \
+  TQ_ATTRIBUTE(tq_mom::EmbeddedField, record, member, tq_mom::Kind::kEmbedded, tq_mom::TypeId::_p_##type)
 
 // The same, and it cannot be set.
-#define TQ_EMBEDDED_READ_ONLY(record, member, type) tq_mom::kReadOnly<TQ_EMBEDDED(record, member, type)>
+#define TQ_EMBEDDED_READ_ONLY(record, member, type) tq_mom::ReadOnly(TQ_EMBEDDED(record, member, type))
 
 }  // namespace tq_mom
 

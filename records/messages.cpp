@@ -1,8 +1,9 @@
 #include "records/records.h"
 
 namespace tq_mom {
+namespace {
 
-constexpr RecordClass kMessageClasses[kMessageClassCount] = {
+constexpr RecordClass kClasses[] = {
     TQ_CLASS(tq_mom_pubsub_msg_t, tq_mom_pubsub_msg_t, TQ_FIELD(tq_mom_pubsub_msg_t, db),
              TQ_FIELD(tq_mom_pubsub_msg_t, key), TQ_FIELD(tq_mom_pubsub_msg_t, field),
              TQ_FIELD(tq_mom_pubsub_msg_t, cmd), TQ_FIELD(tq_mom_pubsub_msg_t, value),
@@ -14,5 +15,9 @@ constexpr RecordClass kMessageClasses[kMessageClassCount] = {
     TQ_CLASS(tq_mom_congest_t, tq_mom_congest_t, TQ_FIELD(tq_mom_congest_t, topic),
              TQ_FIELD(tq_mom_congest_t, remain_buffer), TQ_FIELD(tq_mom_congest_t, remain_time)),
 };
+
+}  // namespace
+
+RecordFamily<kMessageClassCount> MessageRecords() { return kClasses; }
 
 }  // namespace tq_mom

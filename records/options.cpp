@@ -1,11 +1,12 @@
 #include "records/records.h"
 
 namespace tq_mom {
+namespace {
 
 // Most options are just their flag.
 #define TQ_OPTION(name) TQ_CLASS(name##_op_t, tq_mom_##name##_op_t, TQ_FIELD(tq_mom_##name##_op_t, flag))
 
-constexpr RecordClass kOptionClasses[kOptionClassCount] = {
+constexpr RecordClass kClasses[] = {
     TQ_OPTION(set),
     TQ_OPTION(get),
     TQ_OPTION(hget),
@@ -44,5 +45,9 @@ constexpr RecordClass kOptionClasses[kOptionClassCount] = {
     TQ_OPTION(zscore),
     TQ_OPTION(incr),
 };
+
+}  // namespace
+
+RecordFamily<kOptionClassCount> OptionRecords() { return kClasses; }
 
 }  // namespace tq_mom

@@ -1,5 +1,6 @@
 #include "records/parameters.h"
 
+#include <cstring>
 #include <string_view>
 
 namespace tq_mom {
@@ -7,19 +8,21 @@ namespace {
 
 bool IsOfKind(lua_State* L, int index, Kind kind) {
   if (kind <= Kind::kBatchFlag) return lua_isnumber(L, index);
-  if (kind <= Kind::kCharArray) return lua_isstring(L, index) || lua_isnil(L, index);
+  if (kind <= Kind::kThreadName) return lua_isstring(L, index) || lua_isnil(L, index);
   if (kind <= Kind::kUntyped) return lua_isuserdata(L, index) || lua_isnil(L, index);
   return true;
 }
 
 // The first or the last of a type's names.
 std::string_view Spelled(TypeId type, Spelling spelling) {
-  std::string_view names = ReadableName(type);
-  return spelling == Spelling::kTypedef ? names.substr(names.rfind('|') + 1) : names.substr(0, names.find('|'));
+  const char* names = ReadableName(type);
+  if (spelling == Spelling::kStructure) return {names, std::strcspn(names, "|")};
+  const char* last = std::strrchr(names, '|');
+  return last != nullptr ? last + 1 : names;
 }
 
-// What the parameter is called as an expected type. Buffer: for texts that must be put together.
-std::string_view ExpectedText(const Parameter& parameter, Spelling spelling, char (&buffer)[16]) {
+// What the parameter is called as an expected type.
+std::string_view ExpectedText(const Parameter& parameter, Spelling spelling) {
   switch (parameter.kind) {
     case Kind::kInt:
       return "int";
@@ -41,18 +44,16 @@ std::string_view ExpectedText(const Parameter& parameter, Spelling spelling, cha
       return "tq_mom_batch_over_flag_t";
     case Kind::kString:
       return "char *";
-    case Kind::kCharArray: {
-      if (parameter.extent == TQ_THREAD_NAME_LEN + 1) return "char [TQ_THREAD_NAME_LEN+1]";
-      constexpr std::string_view kStart = "char [";
-      char* end = buffer + kStart.copy(buffer, kStart.size());
-      for (int unit = 100; unit > 0; unit /= 10) *end++ = static_cast<char>('0' + parameter.extent / unit % 10);
-      *end++ = ']';
-      return {buffer, static_cast<std::size_t>(end - buffer)};
-    }
+    case Kind::kKeyText:
+      return "char [512]";
+    case Kind::kFieldText:
+      return "char [128]";
+    case Kind::kThreadName:
+      return "char [TQ_THREAD_NAME_LEN+1]";
     case Kind::kEmbedded: {
       if (parameter.type == TypeId::_p_tq_thread_list) return "struct tq_thread_list [4]";
       std::string_view pointer = Spelled(parameter.type, spelling);
-      return pointer.substr(0, pointer.size() - 2);
+      return {pointer.data(), pointer.size() - std::strlen(" *")};
     }
     case Kind::kUntyped:
       return "void *";
@@ -67,8 +68,7 @@ void CheckKinds(lua_State* L, const Callee& callee) {
   for (int i = 0; i < callee.count; ++i) {
     const Parameter& parameter = callee.parameters[i];
     if (IsOfKind(L, i + 1, parameter.kind)) continue;
-    char buffer[16];
-    std::string_view expected = ExpectedText(parameter, callee.spelling, buffer);
+    std::string_view expected = ExpectedText(parameter, callee.spelling);
     binding::RaiseKindError(L, callee.checks, i + 1, expected.data(), expected.size());
   }
 }

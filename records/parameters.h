@@ -22,7 +22,9 @@ enum class Kind : std::uint8_t {
   kBatchFlag,
   // Checked as strings; nil passes.
   kString,
-  kCharArray,  // its length is the parameter's extent
+  kKeyText,  // a character array of this use
+  kFieldText,
+  kThreadName,
   // Checked as userdata; nil passes.
   kHandle,    // a handle of the parameter's type
   kEmbedded,  // the same; its value is copied
@@ -39,7 +41,6 @@ enum class Kind : std::uint8_t {
 struct Parameter {
   Kind kind;
   TypeId type = TypeId::_p_void;  // of kHandle and kEmbedded
-  std::uint16_t extent = 0;
 };
 
 // How a message spells the record types that have several names.

@@ -21,26 +21,14 @@ NamespaceRecord class_statics[kClassCount];
 // A record owns nothing it points to.
 void FreeRecord(void* record) { std::free(record); }
 
-struct Family {
-  const RecordClass* classes;
-  int count;
-};
-
-constexpr Family kFamilies[] = {
-    {kOptionClasses, kOptionClassCount},
-    {kResultClasses, kResultClassCount},
-    {kMessageClasses, kMessageClassCount},
-    {kRuntimeClasses, kRuntimeClassCount},
-};
-
 }  // namespace
 
 ClassRecord* class_list[kClassCount + 1];
 
 void SetUpClasses(binding::TypeDescriptor* descriptors) {
   int i = 0;
-  for (const Family& family : kFamilies) {
-    for (const RecordClass* row = family.classes; row != family.classes + family.count; ++row, ++i) {
+  auto add = [&](const RecordClass* rows, int count) {
+    for (const RecordClass* row = rows; row != rows + count; ++row, ++i) {
       int type = static_cast<int>(row->type);
       class_statics[i] = {row->name, kNoMethods, kNoAttributes, row->constants, kNoClasses, kNoNamespaces};
       class_records[i] = {row->name,   row->name,         &type_table[type], row->constructor, FreeRecord,   kNoMethods,
@@ -48,7 +36,11 @@ void SetUpClasses(binding::TypeDescriptor* descriptors) {
       class_list[i] = &class_records[i];
       descriptors[type].class_record = &class_records[i];
     }
-  }
+  };
+  add(OptionRecords(), kOptionClassCount);
+  add(ResultRecords(), kResultClassCount);
+  add(MessageRecords(), kMessageClassCount);
+  add(RuntimeRecords(), kRuntimeClassCount);
 }
 
 const char* StructureName(TypeId record) { return MangledName(record) + std::strlen("_p_"); }

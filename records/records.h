@@ -14,7 +14,6 @@ struct RecordClass {
   const binding::Constant* constants;
 };
 
-// Each family's classes are in the file of its name.
 inline constexpr int kOptionClassCount = 36;
 inline constexpr int kResultClassCount = 23;
 inline constexpr int kMessageClassCount = 3;
@@ -22,10 +21,14 @@ inline constexpr int kRuntimeClassCount = 4;
 inline constexpr int kClassCount = kOptionClassCount + kResultClassCount + kMessageClassCount + kRuntimeClassCount;
 static_assert(kClassCount == 66);
 
-extern const RecordClass kOptionClasses[kOptionClassCount];
-extern const RecordClass kResultClasses[kResultClassCount];
-extern const RecordClass kMessageClasses[kMessageClassCount];
-extern const RecordClass kRuntimeClasses[kRuntimeClassCount];
+// A family's classes; its file bears its name.
+template <int count>
+using RecordFamily = const RecordClass (&)[count];
+
+RecordFamily<kOptionClassCount> OptionRecords();
+RecordFamily<kResultClassCount> ResultRecords();
+RecordFamily<kMessageClassCount> MessageRecords();
+RecordFamily<kRuntimeClassCount> RuntimeRecords();
 
 inline constexpr binding::Constant kNoConstants[1] = {};
 
@@ -49,18 +52,29 @@ int Construct(lua_State* L) {
   return NewRecord(L, kTypeOf<Record>, sizeof(Record));
 }
 
-template <const binding::Attribute&... attributes>
-inline constexpr binding::Attribute kFields[] = {attributes..., {}};
+// A class's fields in the order in which they are registered, ended by an empty one. `Describe` is a stateless function
+// object that lists them.
+template <class Describe>
+struct FieldList {
+  static constexpr auto kFields = Describe()();
+};
 
-// One class and its fields, in the order in which they are registered.
-#define TQ_CLASS(lua_name, record, ...)                                                                \
-  {                                                                                                    \
-#lua_name, tq_mom::kTypeOf < record>, tq_mom::Construct < record>, tq_mom::kFields < __VA_ARGS__>, \
-        tq_mom::kNoConstants                                                                           \
-  }
+template <class... Field>
+struct Fields {
+  constexpr Fields(Field... field) : list{field..., {}} {}
+  binding::Attribute list[sizeof...(Field) + 1];
+};
+
+template <class Record, class Describe>
+constexpr RecordClass MakeClass(const char* name, const binding::Constant* constants, Describe) {
+  return {name, kTypeOf<Record>, Construct<Record>, FieldList<Describe>::kFields.list, constants};
+}
+
+// One class and its fields.
+#define TQ_CLASS(lua_name, record, ...) TQ_CLASS_WITH_CONSTANTS(lua_name, record, tq_mom::kNoConstants, __VA_ARGS__)
 
 #define TQ_CLASS_WITH_CONSTANTS(lua_name, record, constants, ...) \
-  { #lua_name, tq_mom::kTypeOf < record>, tq_mom::Construct < record>, tq_mom::kFields < __VA_ARGS__>, constants }
+  tq_mom::MakeClass<record>(#lua_name, constants, [] { return tq_mom::Fields(__VA_ARGS__); })
 
 }  // namespace tq_mom
 

@@ -1,8 +1,9 @@
 #include "records/records.h"
 
 namespace tq_mom {
+namespace {
 
-constexpr RecordClass kResultClasses[kResultClassCount] = {
+constexpr RecordClass kClasses[] = {
     TQ_CLASS(tq_mom_hash_res_t, tq_mom_hash_res_t, TQ_FIELD(tq_mom_hash_res_t, value),
              TQ_ARRAY(tq_mom_hash_res_t, field_tag, field_tag_count),
              TQ_ARRAY(tq_mom_hash_res_t, field_change_tag, field_change_tag_count),
@@ -50,5 +51,9 @@ constexpr RecordClass kResultClasses[kResultClassCount] = {
     TQ_CLASS(tq_mom_sismember_res_t, tq_mom_sismember_res_t, TQ_FIELD(tq_mom_sismember_res_t, len),
              TQ_FIELD(tq_mom_sismember_res_t, error_code)),
 };
+
+}  // namespace
+
+RecordFamily<kResultClassCount> ResultRecords() { return kClasses; }
 
 }  // namespace tq_mom

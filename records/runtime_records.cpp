@@ -26,9 +26,7 @@ constexpr ConstantList<count> ClassConstants(std::string_view class_name) {
 constexpr auto kThreadMasterConstants = ClassConstants<0, kThreadMasterConstantCount>("tq_thread_master");
 constexpr auto kThreadConstants = ClassConstants<kThreadMasterConstantCount, kThreadConstantCount>("tq_thread");
 
-}  // namespace
-
-constexpr RecordClass kRuntimeClasses[kRuntimeClassCount] = {
+constexpr RecordClass kClasses[] = {
     TQ_CLASS(tq_global_t, tq_global_t, TQ_FIELD(tq_global_t, rmc), TQ_FIELD(tq_global_t, master)),
     TQ_CLASS_WITH_CONSTANTS(
         tq_thread_master, tq_thread_master, kThreadMasterConstants.constants, TQ_FIELD(tq_thread_master, index),
@@ -47,5 +45,9 @@ constexpr RecordClass kRuntimeClasses[kRuntimeClassCount] = {
     TQ_CLASS(tq_thread_u, tq_thread_u, TQ_FIELD(tq_thread_u, val), TQ_FIELD(tq_thread_u, fd),
              TQ_EMBEDDED(tq_thread_u, sands, timeval)),
 };
+
+}  // namespace
+
+RecordFamily<kRuntimeClassCount> RuntimeRecords() { return kClasses; }
 
 }  // namespace tq_mom

@@ -7,14 +7,19 @@
 namespace binding {
 namespace {
 
+// number / 10, where a division would call for a library routine.
+constexpr unsigned Tenth(unsigned number) { return static_cast<unsigned>(std::uint64_t{number} * 0xCCCCCCCDU >> 35); }
+static_assert(Tenth(9) == 0 && Tenth(10) == 1 && Tenth(UINT32_MAX) == UINT32_MAX / 10);
+
 void AddNumber(luaL_Buffer* buffer, int number) {
   char digits[12];
   char* end = digits + sizeof(digits);
   char* first = end;
   unsigned rest = number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
   do {
-    *--first = static_cast<char>('0' + rest % 10);
-    rest /= 10;
+    unsigned tenth = Tenth(rest);
+    *--first = static_cast<char>('0' + rest - tenth * 10);
+    rest = tenth;
   } while (rest != 0);
   if (number < 0) *--first = '-';
   luaL_addlstring(buffer, first, static_cast<std::size_t>(end - first));

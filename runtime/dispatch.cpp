@@ -3,9 +3,9 @@
 #include "runtime/classes.h"
 #include "runtime/invariant.h"
 
-// Both ends of this shared object's code, set by the linker.
-extern "C" __attribute__((visibility("hidden"))) const char __ehdr_start[];
-extern "C" __attribute__((visibility("hidden"))) const char etext[];
+// Set by the linker: this shared object's code lies between its first byte and its dynamic section.
+extern "C" [[gnu::visibility("hidden")]] const char __ehdr_start[];
+extern "C" [[gnu::visibility("hidden")]] const char _DYNAMIC[];
 
 namespace binding {
 namespace {
@@ -26,7 +26,8 @@ void PushTable(lua_State* L, int table, Key key) {
 // and have no upvalues. A debugger that counts calls wants the real call.
 bool MayRunInPlace(lua_State* L, lua_CFunction function) {
   auto address = reinterpret_cast<const char*>(function);
-  return address >= __ehdr_start && address < etext && function != CallInheritedMetamethod && lua_gethookmask(L) == 0;
+  return address >= __ehdr_start && address < _DYNAMIC && function != CallInheritedMetamethod &&
+         lua_gethookmask(L) == 0;
 }
 
 // Runs `search` with each base's metatable in the place of the object's own, which is on the stack top, until it finds
