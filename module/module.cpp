@@ -1,6 +1,7 @@
 #include <cstdio>
 
-#include "module/tables.h"
+#include "module/constants.h"
+#include "module/functions.h"
 #include "records/records.h"
 #include "runtime/startup.h"
 
@@ -31,11 +32,14 @@ extern "C" {
 // The entry point: returns the module table, which is also the global tq_mom_sync.
 [[gnu::visibility("default")]] int luaopen_tq_mom_sync(lua_State* L) {
   static constexpr binding::Attribute kNoVariables[1] = {};
+  static constexpr binding::Constant kNoConstantRecords[1] = {};
   static constexpr const binding::NamespaceRecord* kNoNamespaces[1] = {};
+  constexpr int kStatusCodes = 6;
   binding::ModuleRecord* types = tq_mom::Types();
-  const binding::NamespaceRecord record = {"tq_mom_sync",       tq_mom::Functions(), kNoVariables,
-                                           tq_mom::Constants(), tq_mom::class_list,  kNoNamespaces};
-  binding::OpenModule(L, types, record);
+  const binding::NamespaceRecord record = {"tq_mom_sync",      tq_mom::Functions(), kNoVariables,
+                                           kNoConstantRecords, tq_mom::class_list,  kNoNamespaces};
+  binding::OpenModule(L, types, record, tq_mom::kConstantCount + kStatusCodes);
+  tq_mom::AddConstants(L);
   luaopen_tq_mom_sync_user(L);
   return 1;
 }

@@ -11,7 +11,7 @@ TQ_CASTS(TQ_DEFINE_CAST)
 
 namespace tq_mom {
 
-int CastHandle(lua_State* L, const char* name, void* (*cast)(void*), TypeId type) {
+int CastHandle(lua_State* L, const char* name, TypeId type) {
   const binding::Piece names[] = {name, nullptr};
   if (lua_gettop(L) != 1) binding::RaiseCountError(L, names, 1);
   const binding::Handle* handle = binding::HandleAt(L, 1);
@@ -21,7 +21,7 @@ int CastHandle(lua_State* L, const char* name, void* (*cast)(void*), TypeId type
     const binding::Piece message[] = {"Error in ", name, ", expected a void* at argument number 1\n", nullptr};
     binding::RaiseAtCaller(L, message);
   }
-  binding::PushHandle(L, cast(handle != nullptr ? handle->pointer : nullptr), Type(type), 0);
+  binding::PushHandle(L, handle != nullptr ? handle->pointer : nullptr, Type(type), 0);
   return 1;
 }
 

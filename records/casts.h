@@ -42,13 +42,9 @@ namespace tq_mom {
 
 // Lua function body of a cast: the handle at index 1, or nil, as a handle of the type. The record stays owned by
 // whoever owns it.
-int CastHandle(lua_State* L, const char* name, void* (*cast)(void*), TypeId type);
+int CastHandle(lua_State* L, const char* name, TypeId type);
 
-#define TQ_CAST_METHOD(name, record)                                                       \
-  {#name, [](lua_State* L) {                                                               \
-     return CastHandle(                                                                    \
-         L, #name, [](void* pointer) -> void* { return name(pointer); }, kTypeOf<record>); \
-   }},
+#define TQ_CAST_METHOD(name, record) {#name, [](lua_State* L) { return CastHandle(L, #name, kTypeOf<record>); }},
 constexpr binding::Method kCasts[] = {TQ_CASTS(TQ_CAST_METHOD)};
 #undef TQ_CAST_METHOD
 

@@ -1,7 +1,7 @@
 // Record fields as Lua attributes: a field is one line in its record's table, and its kind follows from the C++ type of
 // the member.
 //
-//     TQ_FIELD(tq_mom_psetex_op_t, milseconds)
+//     TQ_CLASS(tq_mom_psetex_op_t, TQ_FIELD(flag), TQ_FIELD(milseconds))
 #ifndef TQ_RECORDS_FIELDS_H
 #define TQ_RECORDS_FIELDS_H
 
@@ -311,34 +311,32 @@ constexpr binding::Attribute ReadOnly(binding::Attribute attribute) {
   return attribute;
 }
 
-#define TQ_ATTRIBUTE(field_kind, record, member, setter_kind, value_type, ...)                                    \
+// The rows of a class's field table, inside TQ_CLASS, which says what `Record` is.
+#define TQ_ATTRIBUTE(field_kind, member, setter_kind, value_type, ...)                                            \
   tq_mom::MakeAttribute<field_kind>([] {                                                                          \
-    return tq_mom::MakeField(#member, tq_mom::kTypeOf<record>, setter_kind, value_type, offsetof(record, member), \
-                             sizeof(record::member) __VA_OPT__(, ) __VA_ARGS__);                                  \
+    return tq_mom::MakeField(#member, tq_mom::kTypeOf<Record>, setter_kind, value_type, offsetof(Record, member), \
+                             sizeof(Record::member) __VA_OPT__(, ) __VA_ARGS__);                                  \
   })
 
-#define TQ_FIELD_FOR(record, member) tq_mom::FieldFor<decltype(record::member)>
-
 // A member whose C++ type says what it is.
-#define TQ_FIELD(record, member)                                                                        \
-  TQ_ATTRIBUTE(TQ_FIELD_FOR(record, member)::Type, record, member, TQ_FIELD_FOR(record, member)::kKind, \
-               tq_mom::ValueTypeFor<decltype(record::member)>())
+#define TQ_FIELD(member)                                                 \
+  TQ_ATTRIBUTE(tq_mom::FieldFor<decltype(Record::member)>::Type, member, \
+               tq_mom::FieldFor<decltype(Record::member)>::kKind, tq_mom::ValueTypeFor<decltype(Record::member)>())
 
 // An array and the member that counts its elements.
-#define TQ_ARRAY(record, member, count)                                                   \
-  TQ_ATTRIBUTE(TQ_FIELD_FOR(record, member)::Type, record, member, tq_mom::Kind::kHandle, \
-               tq_mom::ValueTypeFor<decltype(record::member)>(), offsetof(record, count))
+#define TQ_ARRAY(member, count)                                                                 \
+  TQ_ATTRIBUTE(tq_mom::FieldFor<decltype(Record::member)>::Type, member, tq_mom::Kind::kHandle, \
+               tq_mom::ValueTypeFor<decltype(Record::member)>(), offsetof(Record, count))
 
 // An int64_t, which on some targets is the same type as long long.
-#define TQ_INT64(record, member) \
-  TQ_ATTRIBUTE(tq_mom::Int64Field, record, member, tq_mom::Kind::kInt64, tq_mom::TypeId::_p_void)
+#define TQ_INT64(member) TQ_ATTRIBUTE(tq_mom::Int64Field, member, tq_mom::Kind::kInt64, tq_mom::TypeId::_p_void)
 
 // A member that is reached through handles of the given type into the record.
-#define TQ_EMBEDDED(record, member, type) \
-  TQ_ATTRIBUTE(tq_mom::EmbeddedField, record, member, tq_mom::Kind::kEmbedded, tq_mom::TypeId::_p_##type)
+#define TQ_EMBEDDED(member, type) \
+  TQ_ATTRIBUTE(tq_mom::EmbeddedField, member, tq_mom::Kind::kEmbedded, tq_mom::TypeId::_p_##type)
 
 // The same, and it cannot be set.
-#define TQ_EMBEDDED_READ_ONLY(record, member, type) tq_mom::ReadOnly(TQ_EMBEDDED(record, member, type))
+#define TQ_EMBEDDED_READ_ONLY(member, type) tq_mom::ReadOnly(TQ_EMBEDDED(member, type))
 
 }  // namespace tq_mom
 

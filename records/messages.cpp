@@ -4,16 +4,27 @@ namespace tq_mom {
 namespace {
 
 constexpr RecordClass kClasses[] = {
-    TQ_CLASS(tq_mom_pubsub_msg_t, tq_mom_pubsub_msg_t, TQ_FIELD(tq_mom_pubsub_msg_t, db),
-             TQ_FIELD(tq_mom_pubsub_msg_t, key), TQ_FIELD(tq_mom_pubsub_msg_t, field),
-             TQ_FIELD(tq_mom_pubsub_msg_t, cmd), TQ_FIELD(tq_mom_pubsub_msg_t, value),
-             TQ_FIELD(tq_mom_pubsub_msg_t, length), TQ_FIELD(tq_mom_pubsub_msg_t, flag),
-             TQ_FIELD(tq_mom_pubsub_msg_t, db_id), TQ_FIELD(tq_mom_pubsub_msg_t, cluster_id),
-             TQ_FIELD(tq_mom_pubsub_msg_t, error)),
-    TQ_CLASS(tq_mom_scan_all_msg_t, tq_mom_scan_all_msg_t, TQ_FIELD(tq_mom_scan_all_msg_t, vlen),
-             TQ_FIELD(tq_mom_scan_all_msg_t, key), TQ_FIELD(tq_mom_scan_all_msg_t, value)),
-    TQ_CLASS(tq_mom_congest_t, tq_mom_congest_t, TQ_FIELD(tq_mom_congest_t, topic),
-             TQ_FIELD(tq_mom_congest_t, remain_buffer), TQ_FIELD(tq_mom_congest_t, remain_time)),
+    // clang-format off
+    TQ_CLASS(tq_mom_pubsub_msg_t,
+        TQ_FIELD(db),
+        TQ_FIELD(key),
+        TQ_FIELD(field),
+        TQ_FIELD(cmd),
+        TQ_FIELD(value),
+        TQ_FIELD(length),
+        TQ_FIELD(flag),
+        TQ_FIELD(db_id),
+        TQ_FIELD(cluster_id),
+        TQ_FIELD(error)),
+    TQ_CLASS(tq_mom_scan_all_msg_t,
+        TQ_FIELD(vlen),
+        TQ_FIELD(key),
+        TQ_FIELD(value)),
+    TQ_CLASS(tq_mom_congest_t,
+        TQ_FIELD(topic),
+        TQ_FIELD(remain_buffer),
+        TQ_FIELD(remain_time)),
+    // clang-format on
 };
 
 }  // namespace

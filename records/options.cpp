@@ -4,9 +4,10 @@ namespace tq_mom {
 namespace {
 
 // Most options are just their flag.
-#define TQ_OPTION(name) TQ_CLASS(name##_op_t, tq_mom_##name##_op_t, TQ_FIELD(tq_mom_##name##_op_t, flag))
+#define TQ_OPTION(name) TQ_CLASS(tq_mom_##name##_op_t, TQ_FIELD(flag))
 
 constexpr RecordClass kClasses[] = {
+    // clang-format off
     TQ_OPTION(set),
     TQ_OPTION(get),
     TQ_OPTION(hget),
@@ -16,8 +17,7 @@ constexpr RecordClass kClasses[] = {
     TQ_OPTION(del),
     TQ_OPTION(exist),
     TQ_OPTION(publish),
-    TQ_CLASS(psetex_op_t, tq_mom_psetex_op_t, TQ_FIELD(tq_mom_psetex_op_t, flag),
-             TQ_FIELD(tq_mom_psetex_op_t, milseconds)),
+    TQ_CLASS(tq_mom_psetex_op_t, TQ_FIELD(flag), TQ_FIELD(milseconds)),
     TQ_OPTION(sadd),
     TQ_OPTION(srem),
     TQ_OPTION(sismember),
@@ -44,6 +44,7 @@ constexpr RecordClass kClasses[] = {
     TQ_OPTION(zremrangebyscore),
     TQ_OPTION(zscore),
     TQ_OPTION(incr),
+    // clang-format on
 };
 
 }  // namespace

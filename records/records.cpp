@@ -10,6 +10,7 @@ using binding::NamespaceRecord;
 
 constexpr binding::Method kNoMethods[1] = {};
 constexpr binding::Attribute kNoAttributes[1] = {};
+constexpr binding::Constant kNoConstants[1] = {};
 constexpr ClassRecord* kNoClasses[1] = {};
 constexpr const NamespaceRecord* kNoNamespaces[1] = {};
 const char* no_base_names[1];
@@ -29,10 +30,13 @@ void SetUpClasses(binding::TypeDescriptor* descriptors) {
   int i = 0;
   auto add = [&](const RecordClass* rows, int count) {
     for (const RecordClass* row = rows; row != rows + count; ++row, ++i) {
+      const char* name = ClassName(row->type);
       int type = static_cast<int>(row->type);
-      class_statics[i] = {row->name, kNoMethods, kNoAttributes, row->constants, kNoClasses, kNoNamespaces};
-      class_records[i] = {row->name,   row->name,         &type_table[type], row->constructor, FreeRecord,   kNoMethods,
-                          row->fields, &class_statics[i], kNoMethods,        no_bases,         no_base_names};
+      const binding::Constant* constants = row->constants != nullptr ? row->constants : kNoConstants;
+      class_statics[i] = {name, kNoMethods, kNoAttributes, constants, kNoClasses, kNoNamespaces};
+      class_records[i] = {name,       name,       &type_table[type], row->constructor,
+                          FreeRecord, kNoMethods, row->fields,       &class_statics[i],
+                          kNoMethods, no_bases,   no_base_names};
       class_list[i] = &class_records[i];
       descriptors[type].class_record = &class_records[i];
     }
@@ -48,13 +52,6 @@ const char* StructureName(TypeId record) { return MangledName(record) + std::str
 const char* Qualifier(TypeId record) {
   // The union is declared inside the event record.
   return record == TypeId::_p_tq_thread_u ? "tq_thread::" : "";
-}
-
-const char* ClassName(TypeId record) {
-  for (const ClassRecord& cls : class_records) {
-    if (cls.type == &type_table[static_cast<int>(record)]) return cls.name;
-  }
-  return "";
 }
 
 int NewRecord(lua_State* L, TypeId record, std::size_t size) {

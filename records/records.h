@@ -7,11 +7,10 @@
 namespace tq_mom {
 
 struct RecordClass {
-  const char* name;
   TypeId type;
   lua_CFunction constructor;
   const binding::Attribute* fields;
-  const binding::Constant* constants;
+  const binding::Constant* constants;  // null: none
 };
 
 inline constexpr int kOptionClassCount = 36;
@@ -30,18 +29,15 @@ RecordFamily<kResultClassCount> ResultRecords();
 RecordFamily<kMessageClassCount> MessageRecords();
 RecordFamily<kRuntimeClassCount> RuntimeRecords();
 
-inline constexpr binding::Constant kNoConstants[1] = {};
-
 // The class records, ended by a null; filled in by SetUpClasses.
 extern binding::ClassRecord* class_list[kClassCount + 1];
 
 // Fills in the class records and links them to their types.
 void SetUpClasses(binding::TypeDescriptor* descriptors);
 
-// Names in messages: a structure's, what stands before it, and its class's.
+// Names in messages: a structure's, and what stands before it.
 const char* StructureName(TypeId record);
 const char* Qualifier(TypeId record);
-const char* ClassName(TypeId record);
 
 // Lua function body: takes no arguments and returns an owning handle to a zero-filled record of the size, or nil when
 // there is no memory for one.
@@ -66,15 +62,20 @@ struct Fields {
 };
 
 template <class Record, class Describe>
-constexpr RecordClass MakeClass(const char* name, const binding::Constant* constants, Describe) {
-  return {name, kTypeOf<Record>, Construct<Record>, FieldList<Describe>::kFields.list, constants};
+constexpr RecordClass MakeClass(Describe, const binding::Constant* constants = nullptr) {
+  return {kTypeOf<Record>, Construct<Record>, FieldList<Describe>::kFields.list, constants};
 }
 
 // One class and its fields.
-#define TQ_CLASS(lua_name, record, ...) TQ_CLASS_WITH_CONSTANTS(lua_name, record, tq_mom::kNoConstants, __VA_ARGS__)
+#define TQ_CLASS(record, ...) tq_mom::MakeClass<record>(TQ_FIELDS(record, __VA_ARGS__))
+#define TQ_CLASS_WITH_CONSTANTS(record, constants, ...) \
+  tq_mom::MakeClass<record>(TQ_FIELDS(record, __VA_ARGS__), constants)
 
-#define TQ_CLASS_WITH_CONSTANTS(lua_name, record, constants, ...) \
-  tq_mom::MakeClass<record>(#lua_name, constants, [] { return tq_mom::Fields(__VA_ARGS__); })
+#define TQ_FIELDS(record, ...)          \
+  [] {                                  \
+    using Record = record;              \
+    return tq_mom::Fields(__VA_ARGS__); \
+  }
 
 }  // namespace tq_mom
 

@@ -12,12 +12,17 @@ using binding::CastEntry;
 using binding::ModuleRecord;
 using binding::TypeDescriptor;
 
-// Mangled and readable names in turn, each ended by a NUL.
+// Each type's mangled name, readable name and class name, each ended by a NUL.
 constexpr char kNames[] =
-#define TQ_PLAIN_NAMES(name, readable) "_p_" #name "\0" readable "\0"
-#define TQ_RECORD_NAMES(structure, type) "_p_" #structure "\0struct " #structure " *|" #structure " *|" #type " *\0"
-    TQ_TYPES(TQ_PLAIN_NAMES, TQ_RECORD_NAMES);
+#define TQ_NAMES(mangled, readable, cls) mangled "\0" readable "\0" cls "\0"
+#define TQ_PLAIN_NAMES(name, readable) TQ_NAMES("_p_" #name, readable, "")
+#define TQ_CLASS_NAMES(name, readable) TQ_NAMES("_p_" #name, readable, #name)
+#define TQ_RECORD_NAMES(structure, type, cls) \
+  TQ_NAMES("_p_" #structure, "struct " #structure " *|" #structure " *|" #type " *", #cls)
+    TQ_TYPES(TQ_PLAIN_NAMES, TQ_RECORD_NAMES, TQ_CLASS_NAMES);
+#undef TQ_NAMES
 #undef TQ_PLAIN_NAMES
+#undef TQ_CLASS_NAMES
 #undef TQ_RECORD_NAMES
 
 constexpr bool SortedByMangledName() {
@@ -27,8 +32,7 @@ constexpr bool SortedByMangledName() {
     std::string_view mangled = rest.substr(0, rest.find('\0'));
     if (mangled <= previous) return false;
     previous = mangled;
-    rest.remove_prefix(mangled.size() + 1);
-    rest.remove_prefix(rest.find('\0') + 1);
+    for (int i = 0; i < 3; ++i) rest.remove_prefix(rest.find('\0') + 1);
   }
   return true;
 }
@@ -42,13 +46,15 @@ CastEntry* own_casts[kTypeCount];
 
 ModuleRecord module_record;
 
+const char* NextName(const char* name) { return name + std::strlen(name) + 1; }
+
 void SetUpTypes() {
   const char* name = kNames;
   for (int i = 0; i < kTypeCount; ++i) {
     TypeDescriptor& type = own_descriptors[i];
     type.mangled_name = name;
-    type.readable_name = name += std::strlen(name) + 1;
-    name += std::strlen(name) + 1;
+    type.readable_name = NextName(type.mangled_name);
+    name = NextName(NextName(type.readable_name));
     cast_entries[i][0].target_type = &type;
     own_types[i] = &type;
     own_casts[i] = cast_entries[i];
@@ -67,6 +73,8 @@ TypeDescriptor* type_table[kTypeCount + 1];
 const char* MangledName(TypeId id) { return own_descriptors[static_cast<int>(id)].mangled_name; }
 
 const char* ReadableName(TypeId id) { return own_descriptors[static_cast<int>(id)].readable_name; }
+
+const char* ClassName(TypeId id) { return NextName(ReadableName(id)); }
 
 ModuleRecord* Types() {
   if (module_record.next_module == nullptr) SetUpTypes();

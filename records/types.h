@@ -8,10 +8,11 @@
 
 #include "runtime/abi.h"
 
-// PLAIN(name, readable name): the mangled name is _p_<name>. RECORD(structure, typedef): the type of a record that has
-// both. clang-format off: one row a line.
+// PLAIN(name, readable name): the mangled name is _p_<name>. RECORD(structure, typedef, class): a record's type, with
+// its Lua class. CLASS(name, readable name): the same for a record without a typedef of another name, which its class
+// has.
 // clang-format off
-#define TQ_TYPES(PLAIN, RECORD) \
+#define TQ_TYPES(PLAIN, RECORD, CLASS) \
   PLAIN(char, "char *") \
   PLAIN(double, "double *") \
   PLAIN(f_p_struct_tq_thread__int, "int (*)(struct tq_thread *)") \
@@ -25,79 +26,79 @@
   PLAIN(signed_char, "signed char *|int_least8_t *|int_fast8_t *|int8_t *") \
   PLAIN(size_t, "size_t *") \
   PLAIN(timeval, "struct timeval *") \
-  RECORD(tq_global_s, tq_global_t) \
+  RECORD(tq_global_s, tq_global_t, tq_global_t) \
   PLAIN(tq_mom_batch_over_flag_t, "tq_mom_batch_over_flag_t *") \
   PLAIN(tq_mom_client_s, "struct tq_mom_client_s *") \
   PLAIN(tq_mom_cmd_t, "tq_mom_cmd_t *") \
-  RECORD(tq_mom_congest_s, tq_mom_congest_t) \
+  RECORD(tq_mom_congest_s, tq_mom_congest_t, tq_mom_congest_t) \
   PLAIN(tq_mom_db_type_t, "tq_mom_db_type_t *") \
-  RECORD(tq_mom_del_op_s, tq_mom_del_op_t) \
-  RECORD(tq_mom_exist_op_s, tq_mom_exist_op_t) \
-  RECORD(tq_mom_get_op_s, tq_mom_get_op_t) \
-  RECORD(tq_mom_get_res_s, tq_mom_get_res_t) \
-  RECORD(tq_mom_hash_res_s, tq_mom_hash_res_t) \
-  RECORD(tq_mom_hget_op_s, tq_mom_hget_op_t) \
-  RECORD(tq_mom_hmset_op_s, tq_mom_hmset_op_t) \
-  RECORD(tq_mom_hmsetnx_op_s, tq_mom_hmsetnx_op_t) \
-  RECORD(tq_mom_hmupdate_op_s, tq_mom_hmupdate_op_t) \
-  RECORD(tq_mom_incr_op_s, tq_mom_incr_op_t) \
-  RECORD(tq_mom_incr_res_s, tq_mom_incr_res_t) \
-  RECORD(tq_mom_linsert_op_s, tq_mom_linsert_op_t) \
-  RECORD(tq_mom_linsert_res_s, tq_mom_linsert_res_t) \
-  RECORD(tq_mom_list_res_s, tq_mom_list_res_t) \
-  RECORD(tq_mom_llen_op_s, tq_mom_llen_op_t) \
-  RECORD(tq_mom_llen_res_s, tq_mom_llen_res_t) \
-  RECORD(tq_mom_lminsert_res_s, tq_mom_lminsert_res_t) \
-  RECORD(tq_mom_lmrem_res_s, tq_mom_lmrem_res_t) \
-  RECORD(tq_mom_lpop_op_s, tq_mom_lpop_op_t) \
-  RECORD(tq_mom_lpush_op_s, tq_mom_lpush_op_t) \
-  RECORD(tq_mom_lrange_op_s, tq_mom_lrange_op_t) \
-  RECORD(tq_mom_lrange_res_s, tq_mom_lrange_res_t) \
-  RECORD(tq_mom_lrem_op_s, tq_mom_lrem_op_t) \
-  RECORD(tq_mom_lset_op_s, tq_mom_lset_op_t) \
-  RECORD(tq_mom_lset_res_s, tq_mom_lset_res_t) \
-  RECORD(tq_mom_psetex_op_s, tq_mom_psetex_op_t) \
-  RECORD(tq_mom_publish_op_s, tq_mom_publish_op_t) \
-  RECORD(tq_mom_pubsub_msg_s, tq_mom_pubsub_msg_t) \
-  RECORD(tq_mom_rpop_op_s, tq_mom_rpop_op_t) \
-  RECORD(tq_mom_rpush_op_s, tq_mom_rpush_op_t) \
-  RECORD(tq_mom_sadd_op_s, tq_mom_sadd_op_t) \
-  RECORD(tq_mom_save_res_s, tq_mom_save_res_t) \
-  RECORD(tq_mom_scan_all_msg_s, tq_mom_scan_all_msg_t) \
-  RECORD(tq_mom_scard_op_s, tq_mom_scard_op_t) \
-  RECORD(tq_mom_scard_res_s, tq_mom_scard_res_t) \
-  RECORD(tq_mom_set_op_s, tq_mom_set_op_t) \
-  RECORD(tq_mom_set_res_s, tq_mom_set_res_t) \
-  RECORD(tq_mom_setnx_res_s, tq_mom_setnx_res_t) \
-  RECORD(tq_mom_sismember_op_s, tq_mom_sismember_op_t) \
-  RECORD(tq_mom_sismember_res_s, tq_mom_sismember_res_t) \
-  RECORD(tq_mom_smembers_op_s, tq_mom_smembers_op_t) \
-  RECORD(tq_mom_smembers_res_s, tq_mom_smembers_res_t) \
-  RECORD(tq_mom_sortedset_res_s, tq_mom_sortedset_res_t) \
-  RECORD(tq_mom_srem_op_s, tq_mom_srem_op_t) \
-  RECORD(tq_mom_zadd_op_s, tq_mom_zadd_op_t) \
-  RECORD(tq_mom_zcard_op_s, tq_mom_zcard_op_t) \
-  RECORD(tq_mom_zcard_res_s, tq_mom_zcard_res_t) \
-  RECORD(tq_mom_zcount_op_s, tq_mom_zcount_op_t) \
-  RECORD(tq_mom_zcount_res_s, tq_mom_zcount_res_t) \
-  RECORD(tq_mom_zrange_op_s, tq_mom_zrange_op_t) \
-  RECORD(tq_mom_zrange_res_s, tq_mom_zrange_res_t) \
-  RECORD(tq_mom_zrangebyscore_op_s, tq_mom_zrangebyscore_op_t) \
-  RECORD(tq_mom_zrangebyscore_res_s, tq_mom_zrangebyscore_res_t) \
-  RECORD(tq_mom_zrangebyscorelimit_op_s, tq_mom_zrangebyscorelimit_op_t) \
-  RECORD(tq_mom_zrank_op_s, tq_mom_zrank_op_t) \
-  RECORD(tq_mom_zrank_res_s, tq_mom_zrank_res_t) \
-  RECORD(tq_mom_zrem_op_s, tq_mom_zrem_op_t) \
-  RECORD(tq_mom_zremrangebyrank_op_s, tq_mom_zremrangebyrank_op_t) \
-  RECORD(tq_mom_zremrangebyscore_op_s, tq_mom_zremrangebyscore_op_t) \
-  RECORD(tq_mom_zscore_op_s, tq_mom_zscore_op_t) \
-  RECORD(tq_mom_zscore_res_s, tq_mom_zscore_res_t) \
+  RECORD(tq_mom_del_op_s, tq_mom_del_op_t, del_op_t) \
+  RECORD(tq_mom_exist_op_s, tq_mom_exist_op_t, exist_op_t) \
+  RECORD(tq_mom_get_op_s, tq_mom_get_op_t, get_op_t) \
+  RECORD(tq_mom_get_res_s, tq_mom_get_res_t, tq_mom_get_res_t) \
+  RECORD(tq_mom_hash_res_s, tq_mom_hash_res_t, tq_mom_hash_res_t) \
+  RECORD(tq_mom_hget_op_s, tq_mom_hget_op_t, hget_op_t) \
+  RECORD(tq_mom_hmset_op_s, tq_mom_hmset_op_t, hmset_op_t) \
+  RECORD(tq_mom_hmsetnx_op_s, tq_mom_hmsetnx_op_t, hmsetnx_op_t) \
+  RECORD(tq_mom_hmupdate_op_s, tq_mom_hmupdate_op_t, hmupdate_op_t) \
+  RECORD(tq_mom_incr_op_s, tq_mom_incr_op_t, incr_op_t) \
+  RECORD(tq_mom_incr_res_s, tq_mom_incr_res_t, tq_mom_incr_res_t) \
+  RECORD(tq_mom_linsert_op_s, tq_mom_linsert_op_t, linsert_op_t) \
+  RECORD(tq_mom_linsert_res_s, tq_mom_linsert_res_t, tq_mom_linsert_res_t) \
+  RECORD(tq_mom_list_res_s, tq_mom_list_res_t, tq_mom_list_res_t) \
+  RECORD(tq_mom_llen_op_s, tq_mom_llen_op_t, llen_op_t) \
+  RECORD(tq_mom_llen_res_s, tq_mom_llen_res_t, tq_mom_llen_res_t) \
+  RECORD(tq_mom_lminsert_res_s, tq_mom_lminsert_res_t, tq_mom_lminsert_res_t) \
+  RECORD(tq_mom_lmrem_res_s, tq_mom_lmrem_res_t, tq_mom_lmrem_res_t) \
+  RECORD(tq_mom_lpop_op_s, tq_mom_lpop_op_t, lpop_op_t) \
+  RECORD(tq_mom_lpush_op_s, tq_mom_lpush_op_t, lpush_op_t) \
+  RECORD(tq_mom_lrange_op_s, tq_mom_lrange_op_t, lrange_op_t) \
+  RECORD(tq_mom_lrange_res_s, tq_mom_lrange_res_t, tq_mom_lrange_res_t) \
+  RECORD(tq_mom_lrem_op_s, tq_mom_lrem_op_t, lrem_op_t) \
+  RECORD(tq_mom_lset_op_s, tq_mom_lset_op_t, lset_op_t) \
+  RECORD(tq_mom_lset_res_s, tq_mom_lset_res_t, tq_mom_lset_res_t) \
+  RECORD(tq_mom_psetex_op_s, tq_mom_psetex_op_t, psetex_op_t) \
+  RECORD(tq_mom_publish_op_s, tq_mom_publish_op_t, publish_op_t) \
+  RECORD(tq_mom_pubsub_msg_s, tq_mom_pubsub_msg_t, tq_mom_pubsub_msg_t) \
+  RECORD(tq_mom_rpop_op_s, tq_mom_rpop_op_t, rpop_op_t) \
+  RECORD(tq_mom_rpush_op_s, tq_mom_rpush_op_t, rpush_op_t) \
+  RECORD(tq_mom_sadd_op_s, tq_mom_sadd_op_t, sadd_op_t) \
+  RECORD(tq_mom_save_res_s, tq_mom_save_res_t, tq_mom_save_res_t) \
+  RECORD(tq_mom_scan_all_msg_s, tq_mom_scan_all_msg_t, tq_mom_scan_all_msg_t) \
+  RECORD(tq_mom_scard_op_s, tq_mom_scard_op_t, scard_op_t) \
+  RECORD(tq_mom_scard_res_s, tq_mom_scard_res_t, tq_mom_scard_res_t) \
+  RECORD(tq_mom_set_op_s, tq_mom_set_op_t, set_op_t) \
+  RECORD(tq_mom_set_res_s, tq_mom_set_res_t, tq_mom_set_res_t) \
+  RECORD(tq_mom_setnx_res_s, tq_mom_setnx_res_t, tq_mom_setnx_res_t) \
+  RECORD(tq_mom_sismember_op_s, tq_mom_sismember_op_t, sismember_op_t) \
+  RECORD(tq_mom_sismember_res_s, tq_mom_sismember_res_t, tq_mom_sismember_res_t) \
+  RECORD(tq_mom_smembers_op_s, tq_mom_smembers_op_t, smembers_op_t) \
+  RECORD(tq_mom_smembers_res_s, tq_mom_smembers_res_t, tq_mom_smembers_res_t) \
+  RECORD(tq_mom_sortedset_res_s, tq_mom_sortedset_res_t, tq_mom_sortedset_res_t) \
+  RECORD(tq_mom_srem_op_s, tq_mom_srem_op_t, srem_op_t) \
+  RECORD(tq_mom_zadd_op_s, tq_mom_zadd_op_t, zadd_op_t) \
+  RECORD(tq_mom_zcard_op_s, tq_mom_zcard_op_t, zcard_op_t) \
+  RECORD(tq_mom_zcard_res_s, tq_mom_zcard_res_t, tq_mom_zcard_res_t) \
+  RECORD(tq_mom_zcount_op_s, tq_mom_zcount_op_t, zcount_op_t) \
+  RECORD(tq_mom_zcount_res_s, tq_mom_zcount_res_t, tq_mom_zcount_res_t) \
+  RECORD(tq_mom_zrange_op_s, tq_mom_zrange_op_t, zrange_op_t) \
+  RECORD(tq_mom_zrange_res_s, tq_mom_zrange_res_t, tq_mom_zrange_res_t) \
+  RECORD(tq_mom_zrangebyscore_op_s, tq_mom_zrangebyscore_op_t, zrangebyscore_op_t) \
+  RECORD(tq_mom_zrangebyscore_res_s, tq_mom_zrangebyscore_res_t, tq_mom_zrangebyscore_res_t) \
+  RECORD(tq_mom_zrangebyscorelimit_op_s, tq_mom_zrangebyscorelimit_op_t, zrangebyscorelimit_op_t) \
+  RECORD(tq_mom_zrank_op_s, tq_mom_zrank_op_t, zrank_op_t) \
+  RECORD(tq_mom_zrank_res_s, tq_mom_zrank_res_t, tq_mom_zrank_res_t) \
+  RECORD(tq_mom_zrem_op_s, tq_mom_zrem_op_t, zrem_op_t) \
+  RECORD(tq_mom_zremrangebyrank_op_s, tq_mom_zremrangebyrank_op_t, zremrangebyrank_op_t) \
+  RECORD(tq_mom_zremrangebyscore_op_s, tq_mom_zremrangebyscore_op_t, zremrangebyscore_op_t) \
+  RECORD(tq_mom_zscore_op_s, tq_mom_zscore_op_t, zscore_op_t) \
+  RECORD(tq_mom_zscore_res_s, tq_mom_zscore_res_t, tq_mom_zscore_res_t) \
   PLAIN(tq_obj, "tq_obj *") \
-  PLAIN(tq_thread, "struct tq_thread *|tq_thread *") \
+  CLASS(tq_thread, "struct tq_thread *|tq_thread *") \
   PLAIN(tq_thread_debug_list, "struct tq_thread_debug_list *") \
   PLAIN(tq_thread_list, "struct tq_thread_list *|tq_thread_list *") \
-  PLAIN(tq_thread_master, "struct tq_thread_master *|tq_thread_master *") \
-  PLAIN(tq_thread_u, "tq_thread_u *") \
+  CLASS(tq_thread_master, "struct tq_thread_master *|tq_thread_master *") \
+  CLASS(tq_thread_u, "tq_thread_u *") \
   PLAIN(u_int32_t, "u_int32_t *") \
   PLAIN(unsigned_char, "unsigned char *|uint_least8_t *|uint_fast8_t *|uint8_t *") \
   PLAIN(unsigned_int, "uintptr_t *|uint_least32_t *|uint_fast32_t *|uint32_t *|unsigned int *|uint_fast16_t *") \
@@ -111,8 +112,8 @@ namespace tq_mom {
 
 // A type's place in the table, named by its mangled name.
 enum class TypeId : std::uint8_t {
-#define TQ_ENUMERATOR(name, detail) _p_##name,
-  TQ_TYPES(TQ_ENUMERATOR, TQ_ENUMERATOR)
+#define TQ_ENUMERATOR(name, ...) _p_##name,
+  TQ_TYPES(TQ_ENUMERATOR, TQ_ENUMERATOR, TQ_ENUMERATOR)
 #undef TQ_ENUMERATOR
       kCount
 };
@@ -124,18 +125,14 @@ static_assert(kTypeCount == 93);
 template <class T>
 inline constexpr TypeId kTypeOf = TypeId::kCount;
 #define TQ_NO_TYPE(name, readable)
-#define TQ_RECORD_TYPE(structure, type) \
-  template <>                           \
+#define TQ_RECORD_TYPE(structure, type, cls) \
+  template <>                                \
   inline constexpr TypeId kTypeOf<type> = TypeId::_p_##structure;
-TQ_TYPES(TQ_NO_TYPE, TQ_RECORD_TYPE)
+#define TQ_CLASS_TYPE(name, readable) TQ_RECORD_TYPE(name, name, name)
+TQ_TYPES(TQ_NO_TYPE, TQ_RECORD_TYPE, TQ_CLASS_TYPE)
 #undef TQ_NO_TYPE
 #undef TQ_RECORD_TYPE
-template <>
-inline constexpr TypeId kTypeOf<tq_thread> = TypeId::_p_tq_thread;
-template <>
-inline constexpr TypeId kTypeOf<tq_thread_master> = TypeId::_p_tq_thread_master;
-template <>
-inline constexpr TypeId kTypeOf<tq_thread_u> = TypeId::_p_tq_thread_u;
+#undef TQ_CLASS_TYPE
 template <>
 inline constexpr TypeId kTypeOf<tq_mom_client_s> = TypeId::_p_tq_mom_client_s;
 template <>
@@ -153,6 +150,7 @@ inline binding::TypeDescriptor* Type(TypeId id) { return type_table[static_cast<
 // The names that we gave the type, whoever's descriptor is in use.
 const char* MangledName(TypeId id);
 const char* ReadableName(TypeId id);
+const char* ClassName(TypeId id);  // empty for types without a class
 
 // The module's record in the ring. Its types are set up on the first call.
 binding::ModuleRecord* Types();

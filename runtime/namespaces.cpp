@@ -161,13 +161,13 @@ void AddNamespaceDetails(lua_State* L, const NamespaceRecord& record) {
   TQ_INVARIANT(lua_gettop(L) == begin, "lua_gettop(L) == begin");
 }
 
-void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Dispatchers& dispatchers) {
+void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Dispatchers& dispatchers, int more_fields) {
   luaL_checkstack(L, 20, nullptr);
   int begin = lua_gettop(L);
   TQ_INVARIANT_TABLE(lua_istable(L, -1));
   lua_createtable(L, 0,
                   CountConstants(record.constants) + CountNamed(record.methods) + CountPointers(record.classes) +
-                      CountPointers(record.namespaces));
+                      CountPointers(record.namespaces) + more_fields);
   PushNamespaceMetatable(L, record);
   lua_setmetatable(L, -2);
   AddNamespaceDetails(L, record);

@@ -12,8 +12,10 @@ struct Dispatchers {
   int setter;
 };
 
-// Builds the namespace with its classes and sub-namespaces, stores it in the table at the stack top and pushes it.
-void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Dispatchers& dispatchers);
+// Builds the namespace with its classes and sub-namespaces, stores it in the table at the stack top and pushes it. It
+// has room for `more_fields` that are set later.
+void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Dispatchers& dispatchers,
+                       int more_fields = 0);
 
 // Adds constants, methods and variables to the namespace table at the stack top.
 void AddNamespaceDetails(lua_State* L, const NamespaceRecord& record);

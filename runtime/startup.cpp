@@ -7,7 +7,7 @@
 
 namespace binding {
 
-void OpenModule(lua_State* L, ModuleRecord* types, const NamespaceRecord& record) {
+void OpenModule(lua_State* L, ModuleRecord* types, const NamespaceRecord& record, int more_fields) {
   luaL_checkstack(L, 20, nullptr);
   bool first_in_process = types->next_module == nullptr;
   lua_rawgeti(L, LUA_REGISTRYINDEX, LUA_RIDX_GLOBALS);
@@ -27,7 +27,7 @@ void OpenModule(lua_State* L, ModuleRecord* types, const NamespaceRecord& record
   PushMemberSetter(L);
   dispatchers.setter = lua_gettop(L);
   lua_pushvalue(L, dispatchers.getter - 1);
-  RegisterNamespace(L, record, dispatchers);
+  RegisterNamespace(L, record, dispatchers, more_fields);
   lua_replace(L, dispatchers.getter);
   lua_settop(L, dispatchers.getter);
 }
