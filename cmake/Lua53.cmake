@@ -1,0 +1,18 @@
+# Finds Lua 5.3:
+#   TQ_LUA_INCLUDE_DIR  its headers (a list: Debian keeps one header in a directory of the architecture)
+#   TQ_LUA_INTERPRETER, TQ_LUA_C_LIBRARY, TQ_LUA_CXX_LIBRARY  for the tests: the interpreter and both builds of the library
+find_path(TQ_LUA_INCLUDE_DIR lua.h PATH_SUFFIXES lua5.3 lua53 lua-5.3 DOC "Directory of the Lua 5.3 headers")
+if(NOT TQ_LUA_INCLUDE_DIR)
+  message(FATAL_ERROR "The Lua 5.3 headers are missing: run scripts/setup, or set TQ_LUA_INCLUDE_DIR.")
+endif()
+file(STRINGS ${TQ_LUA_INCLUDE_DIR}/lua.h tq_lua_version REGEX "LUA_VERSION_NUM[ \t]+503")
+if(NOT tq_lua_version)
+  message(FATAL_ERROR "${TQ_LUA_INCLUDE_DIR} is not Lua 5.3; set TQ_LUA_INCLUDE_DIR.")
+endif()
+find_path(TQ_LUA_MULTIARCH_INCLUDE_DIR lua5.3-deb-multiarch.h PATH_SUFFIXES ${CMAKE_LIBRARY_ARCHITECTURE})
+mark_as_advanced(TQ_LUA_MULTIARCH_INCLUDE_DIR)
+if(TQ_LUA_MULTIARCH_INCLUDE_DIR)
+  set(TQ_LUA_INCLUDE_DIR ${TQ_LUA_INCLUDE_DIR} ${TQ_LUA_MULTIARCH_INCLUDE_DIR})
+endif()
+find_library(TQ_LUA_C_LIBRARY NAMES lua5.3 lua53 lua-5.3 DOC "liblua5.3 as a shared library")
+find_library(TQ_LUA_CXX_LIBRARY NAMES lua5.3-c++ DOC "liblua5.3 built as C++")

@@ -1,0 +1,42 @@
+# Options of everything that becomes part of a Lua module on the device.
+#
+# Exceptions of a Lua built as C++ pass through our frames, so the unwind tables stay although we throw nothing.
+# Assertions are part of the interface, so NDEBUG never applies.
+add_library(tq_module_options INTERFACE)
+target_compile_options(
+  tq_module_options
+  INTERFACE -UNDEBUG
+            -fvisibility=hidden
+            -ffunction-sections
+            -fdata-sections
+            -fasynchronous-unwind-tables
+            $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions>
+            $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
+            $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>
+            $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>)
+target_include_directories(tq_module_options SYSTEM INTERFACE ${TQ_LUA_INCLUDE_DIR})
+
+# tq_add_module(<name> <sources>...): a Lua module <name>.so that needs the C library only; Lua and the client library
+# come from the process that loads it.
+#
+# It is never unloaded: type descriptors and class records of one module are linked into those of others, in every
+# interpreter of the process. It is linked without the compiler's start-up files, as there is nothing to construct.
+function(tq_add_module name)
+  add_library(${name} MODULE ${ARGN})
+  set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX .so LINKER_LANGUAGE C)
+  target_link_libraries(${name} PRIVATE tq_module_options)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/arm_unwind.c)
+  endif()
+  target_link_options(
+    ${name}
+    PRIVATE
+    -Wl,--gc-sections
+    -Wl,-O1
+    -Wl,--as-needed
+    -Wl,-Bsymbolic
+    -Wl,--hash-style=gnu
+    -Wl,-z,relro
+    -Wl,-z,nodelete
+    $<$<NOT:$<BOOL:${TQ_SANITIZE}>>:-nostartfiles>)
+endfunction()

@@ -1,0 +1,15 @@
+// Patterns over key texts.
+#ifndef TQ_HOSTKIT_GLOB_H
+#define TQ_HOSTKIT_GLOB_H
+
+#include <string_view>
+
+namespace hostkit {
+
+// `*` stands for any bytes, `?` for one, `[abc]`, `[a-z]` and `[^a]` for one of a set; `\` takes the next byte as it
+// is. An unfinished set takes its `[` as it is.
+bool GlobMatches(std::string_view pattern, std::string_view text);
+
+}  // namespace hostkit
+
+#endif

@@ -1,0 +1,14 @@
+#include "hostkit/results.h"
+
+#include "hostkit/kit.h"
+
+namespace hostkit {
+
+LiveSet<ResultTag>& LiveResults() {
+  static LiveSet<ResultTag> results;
+  return results;
+}
+
+}  // namespace hostkit
+
+size_t tq_kit_live_results(void) { return hostkit::LiveResults().size(); }

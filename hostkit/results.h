@@ -1,0 +1,112 @@
+// Result records with everything they own.
+#ifndef TQ_HOSTKIT_RESULTS_H
+#define TQ_HOSTKIT_RESULTS_H
+
+#include <tq_mom/results.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "hostkit/guard.h"
+#include "hostkit/live_set.h"
+#include "hostkit/tq_obj.h"
+
+namespace hostkit {
+
+enum class ResultTag { kGet, kIncr, kHash, kLrange, kSmembers, kZrange, kZrangebyscore, kZscore };
+
+LiveSet<ResultTag>& LiveResults();
+
+template <typename Record>
+struct ResultTagOf;
+template <>
+struct ResultTagOf<tq_mom_get_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kGet;
+};
+template <>
+struct ResultTagOf<tq_mom_incr_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kIncr;
+};
+template <>
+struct ResultTagOf<tq_mom_hash_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kHash;
+};
+template <>
+struct ResultTagOf<tq_mom_lrange_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kLrange;
+};
+template <>
+struct ResultTagOf<tq_mom_smembers_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kSmembers;
+};
+template <>
+struct ResultTagOf<tq_mom_zrange_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kZrange;
+};
+template <>
+struct ResultTagOf<tq_mom_zrangebyscore_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kZrangebyscore;
+};
+template <>
+struct ResultTagOf<tq_mom_zscore_res_t> {
+  static constexpr ResultTag kTag = ResultTag::kZscore;
+};
+
+// A script may overwrite the record's fields, so what it owns is kept beside it.
+template <typename Record>
+struct Result : Record {
+  // Throws std::bad_alloc.
+  Result() : Record{} { LiveResults().Add(static_cast<Record*>(this), ResultTagOf<Record>::kTag); }
+  ~Result() { LiveResults().Remove(static_cast<Record*>(this), ResultTagOf<Record>::kTag); }
+  Result(const Result&) = delete;
+  Result& operator=(const Result&) = delete;
+
+  // Throws std::bad_alloc.
+  tq_obj* Own(ObjectPtr object) {
+    object->in_result = true;
+    pointers.push_back(object.get());
+    objects.push_back(std::move(object));
+    return pointers.back();
+  }
+
+  tq_obj* OwnElement(std::string_view key, std::string element) {
+    auto object = std::make_unique<tq_obj>(key);
+    object->value = std::move(element);
+    return Own(std::move(object));
+  }
+
+  std::vector<ObjectPtr> objects;
+  std::vector<tq_obj*> pointers;
+  std::vector<double> scores;
+  std::vector<std::size_t> tags;
+  std::vector<std::size_t> changed_tags;
+};
+
+// Makes a result, lets the body fill it and return a status, and gives it out with that status. A result that could
+// not be filled carries the status alone; null when there is no memory even for that.
+template <typename Record, typename Body>
+Record* MakeResult(Body body) noexcept {
+  return GuardedPointer([&]() -> Record* {
+    auto result = std::make_unique<Result<Record>>();
+    const int status = Guarded([&] { return body(result.get()); });
+    if (status == TQ_MOM_MALLOC_ERR) return nullptr;
+    result->error_code = status;
+    return result.release();
+  });
+}
+
+template <typename Record>
+int FreeResult(Record* record) noexcept {
+  if (record == nullptr) return TQ_MOM_OK;
+  if (!LiveResults().Contains(record, ResultTagOf<Record>::kTag)) return TQ_MOM_INPUT_ERR;
+  delete static_cast<Result<Record>*>(record);
+  return TQ_MOM_OK;
+}
+
+}  // namespace hostkit
+
+#endif

@@ -1,0 +1,335 @@
+#include "hostkit/snapshot.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace hostkit {
+namespace {
+
+constexpr std::string_view kMagic = "TQKITDB\1";
+constexpr std::size_t kHeaderSize = 16;
+constexpr std::size_t kSumSize = 8;
+
+enum Kind : std::uint8_t { kString, kHash, kList, kSet, kSortedSet };
+
+std::uint64_t Sum(std::string_view bytes) {
+  std::uint64_t sum = 14695981039346656037U;
+  for (const char byte : bytes) sum = (sum ^ static_cast<unsigned char>(byte)) * 1099511628211U;
+  return sum;
+}
+
+class Writer {
+ public:
+  explicit Writer(const Clock& clock) : to_calendar_(clock.Calendar() - clock.Steady()) {}
+
+  void Number(std::uint64_t number, int size) {
+    for (int index = 0; index < size; ++index, number >>= 8) bytes_.push_back(static_cast<char>(number & 0xff));
+  }
+
+  void Count(std::size_t count) {
+    if (count > 0xffffffffU) throw std::length_error("snapshot");
+    Number(count, 4);
+  }
+
+  void Bytes(std::string_view bytes) {
+    Count(bytes.size());
+    bytes_.append(bytes);
+  }
+
+  void Time(const Deadline& deadline) {
+    Number(deadline ? 1 : 0, 1);
+    if (deadline) Number(static_cast<std::uint64_t>(*deadline + to_calendar_), 8);
+  }
+
+  void operator()(const String& value) { Bytes(value); }
+
+  void operator()(const Hash& hash) {
+    Count(hash.size());
+    for (const auto& [tag, field] : hash) {
+      Number(tag, 4);
+      Bytes(field.bytes);
+      Time(field.deadline);
+      Number(field.changed ? 1 : 0, 1);
+    }
+  }
+
+  void operator()(const List& list) { All(list); }
+  void operator()(const Set& set) { All(set); }
+
+  void operator()(const SortedSet& sorted) {
+    Count(sorted.scores.size());
+    for (const auto& [member, score] : sorted.scores) {
+      Bytes(member);
+      Number(std::bit_cast<std::uint64_t>(score), 8);
+    }
+  }
+
+  std::string Take() { return std::move(bytes_); }
+
+ private:
+  void All(const auto& elements) {
+    Count(elements.size());
+    for (const std::string& element : elements) Bytes(element);
+  }
+
+  const std::int64_t to_calendar_;
+  std::string bytes_;
+};
+
+struct Damaged {};
+
+// Throws Damaged at whatever no writer writes.
+class Reader {
+ public:
+  Reader(std::string_view payload, const Clock& clock)
+      : rest_(payload), calendar_(clock.Calendar()), steady_(clock.Steady()) {}
+
+  bool AtEnd() const { return rest_.empty(); }
+
+  std::uint64_t Number(std::size_t size) {
+    const std::string_view bytes = Take(size);
+    std::uint64_t number = 0;
+    for (std::size_t index = size; index-- > 0;) number = number << 8 | static_cast<unsigned char>(bytes[index]);
+    return number;
+  }
+
+  bool Flag() {
+    const std::uint64_t flag = Number(1);
+    if (flag > 1) throw Damaged();
+    return flag == 1;
+  }
+
+  std::string Bytes() { return std::string(Take(static_cast<std::size_t>(Number(4)))); }
+
+  Deadline Time() {
+    if (!Flag()) return std::nullopt;
+    std::int64_t left;
+    std::int64_t deadline;
+    if (__builtin_sub_overflow(static_cast<std::int64_t>(Number(8)), calendar_, &left) ||
+        __builtin_add_overflow(steady_, left, &deadline)) {
+      throw Damaged();
+    }
+    return deadline;
+  }
+
+  void Value(std::uint64_t kind, Entry* entry) {
+    switch (kind) {
+      case kString:
+        entry->value = Bytes();
+        return;
+      case kHash: {
+        Hash& hash = entry->value.emplace<Hash>();
+        Each([&] {
+          const auto tag = static_cast<FieldTag>(Number(4));
+          HashField field{Bytes(), Time(), true};
+          field.changed = Flag();
+          return hash.emplace(tag, std::move(field)).second;
+        });
+        return;
+      }
+      case kList: {
+        List& list = entry->value.emplace<List>();
+        Each([&] {
+          list.push_back(Bytes());
+          return true;
+        });
+        return;
+      }
+      case kSet: {
+        Set& set = entry->value.emplace<Set>();
+        Each([&] { return set.insert(Bytes()).second; });
+        return;
+      }
+      case kSortedSet: {
+        SortedSet& sorted = entry->value.emplace<SortedSet>();
+        Each([&] {
+          std::string member = Bytes();
+          const auto score = std::bit_cast<double>(Number(8));
+          const auto [scored, fresh] = sorted.scores.emplace(std::move(member), score);
+          return !std::isnan(score) && fresh && sorted.order.insert({score, &scored->first}).second;
+        });
+        return;
+      }
+      default:
+        throw Damaged();
+    }
+  }
+
+ private:
+  std::string_view Take(std::size_t size) {
+    if (size > rest_.size()) throw Damaged();
+    const std::string_view taken = rest_.substr(0, size);
+    rest_.remove_prefix(size);
+    return taken;
+  }
+
+  // Reads the elements of a value, of which there is at least one.
+  template <typename Body>
+  void Each(Body body) {
+    const std::uint64_t count = Number(4);
+    if (count == 0) throw Damaged();
+    for (std::uint64_t index = 0; index < count; ++index) {
+      if (!body()) throw Damaged();
+    }
+  }
+
+  std::string_view rest_;
+  const std::int64_t calendar_;
+  const std::int64_t steady_;
+};
+
+bool Fail(std::string* error, const char* reason) {
+  *error = reason;
+  return false;
+}
+
+bool FailFile(std::string* error, const std::string& path, const char* action) {
+  const int code = errno;
+  *error = "cannot " + std::string(action) + " " + path + ": " + std::strerror(code);
+  return false;
+}
+
+class File {
+ public:
+  explicit File(int descriptor) : descriptor_(descriptor) {}
+  ~File() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  int descriptor() const { return descriptor_; }
+  bool Close() { return close(std::exchange(descriptor_, -1)) == 0; }
+
+ private:
+  int descriptor_;
+};
+
+bool WriteAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+bool ReadAll(int descriptor, std::string* bytes) {
+  char block[16384];
+  for (;;) {
+    const ssize_t got = read(descriptor, block, sizeof block);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return got == 0;
+    bytes->append(block, static_cast<std::size_t>(got));
+  }
+}
+
+bool WriteTemporary(int descriptor, const std::string& path, std::string_view bytes) {
+  // A snapshot that is replaced passes its access rights on.
+  struct stat known;
+  if (stat(path.c_str(), &known) == 0 && fchmod(descriptor, known.st_mode & 07777) != 0) return false;
+  return WriteAll(descriptor, bytes) && fsync(descriptor) == 0;
+}
+
+// Makes the renaming itself last. Not every file system can, and the file is whole either way.
+void SyncDirectory(const std::string& directory) {
+  const File opened(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (opened.descriptor() >= 0) fsync(opened.descriptor());
+}
+
+}  // namespace
+
+std::string EncodeSnapshot(const Store& store, const Clock& clock) {
+  Writer payload(clock);
+  for (std::size_t db = 0; db < store.databases.size(); ++db) {
+    for (const auto& [name, entry] : store.databases[db]) {
+      payload.Number(entry.value.index(), 1);
+      payload.Number(db, 1);
+      payload.Bytes(name);
+      payload.Time(entry.deadline);
+      std::visit(payload, entry.value);
+    }
+  }
+  const std::string body = payload.Take();
+  Writer length(clock);
+  length.Number(body.size(), 8);
+  std::string bytes = std::string(kMagic) + length.Take() + body;
+  Writer sum(clock);
+  sum.Number(Sum(bytes), kSumSize);
+  return bytes + sum.Take();
+}
+
+bool DecodeSnapshot(std::string_view bytes, const Clock& clock, Store* store, std::string* error) {
+  if (bytes.substr(0, kMagic.size()) != kMagic.substr(0, bytes.size())) return Fail(error, "it is not a snapshot");
+  if (bytes.size() < kHeaderSize + kSumSize) return Fail(error, "it is cut short");
+  Reader header(bytes.substr(kMagic.size(), kHeaderSize - kMagic.size()), clock);
+  const std::uint64_t length = header.Number(8);
+  if (length > bytes.size() - kHeaderSize - kSumSize) return Fail(error, "it is cut short");
+  if (length < bytes.size() - kHeaderSize - kSumSize) return Fail(error, "something follows its end");
+  Reader sum(bytes.substr(bytes.size() - kSumSize), clock);
+  if (sum.Number(kSumSize) != Sum(bytes.substr(0, bytes.size() - kSumSize))) return Fail(error, "its sum is wrong");
+  try {
+    Store loaded;
+    Reader reader(bytes.substr(kHeaderSize, static_cast<std::size_t>(length)), clock);
+    while (!reader.AtEnd()) {
+      const std::uint64_t kind = reader.Number(1);
+      const std::uint64_t db = reader.Number(1);
+      if (db >= loaded.databases.size()) throw Damaged();
+      std::string name = reader.Bytes();
+      Entry entry;
+      entry.deadline = reader.Time();
+      reader.Value(kind, &entry);
+      const bool fresh =
+          loaded.databases[static_cast<std::size_t>(db)].emplace(std::move(name), std::move(entry)).second;
+      if (!fresh) throw Damaged();
+    }
+    std::swap(*store, loaded);
+    return true;
+  } catch (const Damaged&) {
+    return Fail(error, "its contents are damaged");
+  }
+}
+
+bool WriteSnapshot(const std::string& path, const Clock& clock, const Store& store, std::string* error) {
+  const std::string bytes = EncodeSnapshot(store, clock);
+  const std::size_t slash = path.rfind('/');
+  const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  std::string temporary = path + ".XXXXXX";
+  // Nothing throws between making the temporary file and renaming or removing it.
+  File file(mkostemp(temporary.data(), O_CLOEXEC));
+  if (file.descriptor() < 0) return FailFile(error, path, "write beside");
+  if (WriteTemporary(file.descriptor(), path, bytes) && file.Close() && rename(temporary.c_str(), path.c_str()) == 0) {
+    SyncDirectory(directory);
+    return true;
+  }
+  const int code = errno;
+  unlink(temporary.c_str());
+  errno = code;
+  return FailFile(error, path, "write");
+}
+
+SnapshotState ReadSnapshot(const std::string& path, const Clock& clock, Store* store, std::string* error) {
+  const File file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.descriptor() < 0 && errno == ENOENT) return SnapshotState::kMissing;
+  std::string bytes;
+  if (file.descriptor() < 0 || !ReadAll(file.descriptor(), &bytes)) {
+    FailFile(error, path, "read");
+    return SnapshotState::kRefused;
+  }
+  std::string reason;
+  if (DecodeSnapshot(bytes, clock, store, &reason)) return SnapshotState::kLoaded;
+  *error = "snapshot " + path + " refused: " + reason;
+  return SnapshotState::kRefused;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,34 @@
+// The snapshot file: a whole store, written so that a reader finds either the old one or the new one.
+//
+// Layout, all numbers little-endian: eight bytes of magic; the payload's length (64 bits); the payload; a 64-bit
+// FNV-1a sum of all that comes before it. The payload is one record for each key:
+//   kind (8 bits), database (8 bits), name, deadline, value
+// Texts and bytes have a 32-bit length in front. A deadline is one byte, 0 for none, else 1 and 64 bits of calendar
+// milliseconds. Values: string: bytes; hash: count, then tag (32 bits), bytes, deadline, changed (8 bits); list and
+// set: count, then bytes; sorted set: count, then member and score (the 64 bits of a double). A count has 32 bits.
+#ifndef TQ_HOSTKIT_SNAPSHOT_H
+#define TQ_HOSTKIT_SNAPSHOT_H
+
+#include <string>
+#include <string_view>
+
+#include "hostkit/clock.h"
+#include "hostkit/store.h"
+
+namespace hostkit {
+
+// All of these may throw std::bad_alloc, with nothing changed.
+std::string EncodeSnapshot(const Store& store, const Clock& clock);
+// False, with a text that says why, if the bytes are not a whole snapshot; the store is then as before.
+bool DecodeSnapshot(std::string_view bytes, const Clock& clock, Store* store, std::string* error);
+
+// False, with a text that names the file, if the file could not be replaced; it is then as before.
+bool WriteSnapshot(const std::string& path, const Clock& clock, const Store& store, std::string* error);
+
+enum class SnapshotState { kLoaded, kMissing, kRefused };
+// A refused file leaves the store as before and says why.
+SnapshotState ReadSnapshot(const std::string& path, const Clock& clock, Store* store, std::string* error);
+
+}  // namespace hostkit
+
+#endif

@@ -1,0 +1,226 @@
+// The Lua module tq_obj: makes and reads value objects. It gives the type `tq_obj *`, which it shares with the other
+// modules of its kind, a class: values that tq_mom_sync returns then have it, too.
+#include <tq_mom/client.h>
+
+#include "hostkit/value_object.h"
+#include "runtime/arguments.h"
+#include "runtime/handles.h"
+#include "runtime/startup.h"
+
+namespace {
+
+using binding::Attribute;
+using binding::CastEntry;
+using binding::ClassRecord;
+using binding::Constant;
+using binding::Method;
+using binding::ModuleRecord;
+using binding::NamespaceRecord;
+using binding::TypeDescriptor;
+
+extern TypeDescriptor* type_table[2];
+
+// The live object at the index, which must be a handle of one.
+tq_obj* CheckObject(lua_State* L, int index) {
+  void* object;
+  if (binding::ConvertPtr(L, index, &object, type_table[0], 0) != 0 || object == nullptr) {
+    luaL_error(L, "bad argument #%d: tq_obj expected, got %s", index, binding::TypeName(L, index));
+  }
+  if (!tq_obj_is_live(object)) luaL_error(L, "bad argument #%d: the tq_obj was released", index);
+  return static_cast<tq_obj*>(object);
+}
+
+std::uint32_t CheckTag(lua_State* L, int index) {
+  int is_integer = 0;
+  lua_Integer tag = lua_type(L, index) == LUA_TNUMBER ? lua_tointegerx(L, index, &is_integer) : 0;
+  if (!is_integer || tag < 0 || tag > UINT32_MAX) {
+    luaL_error(L, "a tq_obj has no field '%s': key, value and numbers from 0 to 4294967295 are its fields",
+               luaL_tolstring(L, index, nullptr));
+  }
+  return static_cast<std::uint32_t>(tag);
+}
+
+// The string at the index, null for nil; what else there is cannot be kept as `part` of an object.
+const char* CheckBytes(lua_State* L, int index, const char* part, std::size_t* length) {
+  if (lua_isnoneornil(L, index)) return nullptr;
+  if (lua_type(L, index) != LUA_TSTRING && lua_type(L, index) != LUA_TNUMBER) {
+    luaL_error(L, "%s of a tq_obj: string or nil expected, got %s", part, binding::TypeName(L, index));
+  }
+  return lua_tolstring(L, index, length);
+}
+
+int CheckStatus(lua_State* L, int status) {
+  if (status != TQ_MOM_OK) luaL_error(L, status == TQ_MOM_MALLOC_ERR ? "not enough memory" : "not a tq_obj");
+  return 0;
+}
+
+void PushBytes(lua_State* L, const char* bytes, std::size_t length) {
+  if (bytes != nullptr) {
+    lua_pushlstring(L, bytes, length);
+  } else {
+    lua_pushnil(L);
+  }
+}
+
+// tq_obj.new(key [, value]): an object that Lua owns.
+int New(lua_State* L) {
+  std::size_t key_length = 0;
+  std::size_t value_length = 0;
+  const char* key = CheckBytes(L, 1, "key", &key_length);
+  if (key == nullptr) return luaL_error(L, "key of a tq_obj: string expected, got %s", luaL_typename(L, 1));
+  const char* value = CheckBytes(L, 2, "value", &value_length);
+  binding::Handle* handle = binding::PushEmptyHandle(L, type_table[0]);
+  tq_obj* object = tq_obj_new(key, key_length);
+  if (object == nullptr) return luaL_error(L, "not enough memory");
+  handle->pointer = object;
+  handle->own = 1;
+  if (value != nullptr) CheckStatus(L, tq_obj_set_value(object, value, value_length));
+  return 1;
+}
+
+// tq_obj.from(handle): the object that an untyped handle points to; nil for nil. It stays owned by whoever owns it.
+int From(lua_State* L) {
+  if (lua_isnil(L, 1)) {
+    lua_pushnil(L);
+    return 1;
+  }
+  void* object = binding::UntypedPointerAt(L, 1);
+  if (!tq_obj_is_live(object)) {
+    return luaL_error(L, "bad argument #1: handle of a value object expected, got %s", binding::TypeName(L, 1));
+  }
+  binding::PushHandle(L, object, type_table[0], 0);
+  return 1;
+}
+
+// tq_obj.bytes(handle, length): the bytes that a message's value points to, as a string. The length is the message's.
+int Bytes(lua_State* L) {
+  int is_integer;
+  lua_Integer length = lua_tointegerx(L, 2, &is_integer);
+  if (!is_integer || length < 0) return luaL_error(L, "bad argument #2: length expected, got %s", luaL_typename(L, 2));
+  const auto* bytes = static_cast<const char*>(binding::UntypedPointerAt(L, 1));
+  if (bytes == nullptr && !(lua_isnil(L, 1) && length == 0)) {
+    return luaL_error(L, "bad argument #1: handle expected, got %s", binding::TypeName(L, 1));
+  }
+  lua_pushlstring(L, bytes != nullptr ? bytes : "", static_cast<std::size_t>(length));
+  return 1;
+}
+
+int GetKey(lua_State* L) {
+  std::size_t length;
+  const char* key = tq_obj_key(CheckObject(L, 1), &length);
+  PushBytes(L, key, length);
+  return 1;
+}
+
+int SetKey(lua_State* L) {
+  tq_obj* object = CheckObject(L, 1);
+  std::size_t length = 0;
+  const char* key = CheckBytes(L, 2, "key", &length);
+  if (key == nullptr) return luaL_error(L, "key of a tq_obj: string expected, got nil");
+  return CheckStatus(L, tq_obj_set_key(object, key, length));
+}
+
+int GetValue(lua_State* L) {
+  std::size_t length = 0;
+  const char* value = tq_obj_value(CheckObject(L, 1), &length);
+  PushBytes(L, value, length);
+  return 1;
+}
+
+int SetValue(lua_State* L) {
+  tq_obj* object = CheckObject(L, 1);
+  std::size_t length = 0;
+  const char* value = CheckBytes(L, 2, "value", &length);
+  return CheckStatus(L, value != nullptr ? tq_obj_set_value(object, value, length) : tq_obj_clear_value(object));
+}
+
+// object[tag]
+int GetField(lua_State* L) {
+  const tq_obj* object = CheckObject(L, 1);
+  std::size_t length = 0;
+  const char* bytes = lua_type(L, 2) == LUA_TNUMBER ? tq_obj_field(object, CheckTag(L, 2), &length) : nullptr;
+  PushBytes(L, bytes, length);
+  return 1;
+}
+
+// object[tag] = bytes
+int SetField(lua_State* L) {
+  tq_obj* object = CheckObject(L, 1);
+  std::uint32_t tag = CheckTag(L, 2);
+  std::size_t length = 0;
+  const char* bytes = CheckBytes(L, 3, "field", &length);
+  return CheckStatus(L,
+                     bytes != nullptr ? tq_obj_set_field(object, tag, bytes, length) : tq_obj_clear_field(object, tag));
+}
+
+// object:fields(): a table of the numbered fields.
+int Fields(lua_State* L) {
+  const tq_obj* object = CheckObject(L, 1);
+  lua_newtable(L);
+  std::uint32_t tag;
+  std::size_t length;
+  for (std::size_t i = 0; const char* bytes = tq_obj_field_at(object, i, &tag, &length); ++i) {
+    lua_pushlstring(L, bytes, length);
+    lua_rawseti(L, -2, static_cast<lua_Integer>(tag));
+  }
+  return 1;
+}
+
+int ToString(lua_State* L) {
+  void* object = binding::UntypedPointerAt(L, 1);
+  if (!tq_obj_is_live(object)) {
+    lua_pushliteral(L, "tq_obj (released)");
+    return 1;
+  }
+  const auto* live = static_cast<const tq_obj*>(object);
+  std::size_t length;
+  const char* key = tq_obj_key(live, &length);
+  luaL_Buffer text;
+  luaL_buffinit(L, &text);
+  luaL_addstring(&text, "tq_obj(");
+  luaL_addlstring(&text, key, length);
+  if (const char* value = tq_obj_value(live, &length)) {
+    luaL_addstring(&text, " = ");
+    luaL_addlstring(&text, value, length);
+  }
+  luaL_addchar(&text, ')');
+  luaL_pushresult(&text);
+  return 1;
+}
+
+void Free(void* object) { tq_mom_tq_obj_free(static_cast<tq_obj*>(object)); }
+
+constexpr Method kNoMethods[] = {{}};
+constexpr Attribute kNoAttributes[] = {{}};
+constexpr Constant kNoConstants[] = {{}};
+constexpr ClassRecord* kNoClasses[] = {nullptr};
+constexpr const NamespaceRecord* kNoNamespaces[] = {nullptr};
+const char* no_base_names[] = {nullptr};
+ClassRecord* no_bases[] = {nullptr};
+
+constexpr Method kFunctions[] = {{"new", New}, {"from", From}, {"bytes", Bytes}, {}};
+constexpr Method kMethods[] = {{"fields", Fields}, {}};
+constexpr Attribute kAttributes[] = {{"key", GetKey, SetKey}, {"value", GetValue, SetValue}, {}};
+constexpr Method kMetamethods[] = {{"__getitem", GetField}, {"__setitem", SetField}, {"__tostring", ToString}, {}};
+
+constexpr NamespaceRecord kStatics = {"tq_obj", kNoMethods, kNoAttributes, kNoConstants, kNoClasses, kNoNamespaces};
+
+ClassRecord object_class = {"tq_obj",    "tq_obj",  &type_table[0], New,      Free,         kMethods,
+                            kAttributes, &kStatics, kMetamethods,   no_bases, no_base_names};
+ClassRecord* classes[] = {&object_class, nullptr};
+
+constexpr NamespaceRecord kModule = {"tq_obj", kFunctions, kNoAttributes, kNoConstants, classes, kNoNamespaces};
+
+TypeDescriptor object_type = {"_p_tq_obj", "tq_obj *", nullptr, nullptr, &object_class, 0};
+CastEntry object_casts[] = {{&object_type, nullptr, nullptr, nullptr}, {}};
+TypeDescriptor* own_types[] = {&object_type, nullptr};
+CastEntry* own_casts[] = {object_casts, nullptr};
+TypeDescriptor* type_table[2];
+ModuleRecord module_record = {type_table, 1, nullptr, own_types, own_casts, nullptr};
+
+}  // namespace
+
+extern "C" [[gnu::visibility("default")]] int luaopen_tq_obj(lua_State* L) {
+  binding::OpenModule(L, &module_record, kModule);
+  return 1;
+}

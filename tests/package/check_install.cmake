@@ -1,0 +1,20 @@
+# cmake --install: the module, the headers, and a CMake package that another project builds with.
+cmake_minimum_required(VERSION 3.25)
+include(${SCRIPTS}/common.cmake)
+set(prefix ${WORK}/prefix)
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix} --strip)
+expect_file(${prefix}/lib/lua/5.3/tq_mom_sync.so)
+expect_file(${prefix}/include/tq_mom/tq_mom.h)
+run_module(${prefix}/lib/lua/5.3)
+
+set(arguments "")
+if(TOOLCHAIN)
+  list(APPEND arguments -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -DTQ_DEVICE_ROOT=${DEVICE_ROOT})
+endif()
+run(${CMAKE_COMMAND} -G Ninja -S ${SCRIPTS}/consumer -B ${WORK}/consumer -Dtq_mom_sync_DIR=${prefix}/lib/cmake/tq_mom_sync
+    ${arguments})
+run(${CMAKE_COMMAND} --build ${WORK}/consumer)
+file(READ ${WORK}/consumer/module_path module_path)
+if(NOT module_path STREQUAL "${prefix}/lib/lua/5.3/tq_mom_sync.so")
+  message(FATAL_ERROR "the package says that the module is ${module_path}")
+endif()

@@ -1,0 +1,29 @@
+# Runs a command, with its output in the failure; RUN_OUTPUT is what it printed.
+macro(run)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE run_result OUTPUT_VARIABLE RUN_OUTPUT ERROR_VARIABLE run_error)
+  if(NOT run_result EQUAL 0)
+    message(FATAL_ERROR "${ARGV}\nfailed (${run_result}):\n${RUN_OUTPUT}${run_error}")
+  endif()
+endmacro()
+
+function(expect_file path)
+  if(NOT EXISTS ${path})
+    message(FATAL_ERROR "missing: ${path}")
+  endif()
+endfunction()
+
+# Loads the module of a directory, with the stand-in client library in the process unless it is linked, and uses it.
+function(run_module directory)
+  if(ARGV1 STREQUAL LINKED)
+    set(client "")
+  else()
+    set(client ${IMPL})
+  endif()
+  run(${LUA} ${SCRIPTS}/use_module.lua ${directory} ${client})
+  if(NOT RUN_OUTPUT MATCHES "module used")
+    message(FATAL_ERROR "use_module.lua printed: ${RUN_OUTPUT}")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK})
