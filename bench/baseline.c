@@ -714,7 +714,8 @@ static int SetMember(lua_State* L) {
 static int Collect(lua_State* L) {
   struct Handle* handle = lua_touserdata(L, 1);
   assert(handle);
-  if (handle->own && handle->type->class_record && handle->type->class_record->destructor) {
+  if (lua_rawlen(L, 1) < sizeof *handle || !handle->own) return 0;
+  if (handle->type->class_record && handle->type->class_record->destructor) {
     handle->type->class_record->destructor(handle->pointer);
   }
   return 0;
@@ -723,7 +724,7 @@ static int Collect(lua_State* L) {
 static int Disown(lua_State* L) {
   struct Handle* handle = lua_touserdata(L, 1);
   assert(handle);
-  handle->own = 0;
+  if (lua_rawlen(L, 1) >= sizeof *handle) handle->own = 0;
   return 0;
 }
 
@@ -925,6 +926,16 @@ static const char* const function_names[] = {
 #define TQ_NAME(name) #name,
     TQ_BENCH_FUNCTIONS(TQ_NAME)};
 
+/* The module sets its status codes by a chunk, too. */
+static const char status_codes[] =
+    "\n"
+    "    baseline.TQ_MOM_OK = 0\n"
+    "    baseline.TQ_MOM_ERR = -1\n"
+    "    baseline.TQ_MOM_INPUT_ERR = -2\n"
+    "    baseline.TQ_MOM_MALLOC_ERR = -3\n"
+    "    baseline.TQ_MOM_NO_READY = -4\n"
+    "    baseline.TQ_MOM_GLOBAL_DB_NO_WRITE = -5";
+
 __attribute__((visibility("default"))) int luaopen_baseline(lua_State* L) {
   static const char* const kIndexNames[] = {".get", ".fn", ".bases", "__getitem", NULL};
   static const char* const kNewIndexNames[] = {".set", "__setitem", NULL};
@@ -957,13 +968,8 @@ __attribute__((visibility("default"))) int luaopen_baseline(lua_State* L) {
   PushDispatcher(L, SetMember, kNewIndexNames);
 #define TQ_ADD_CLASS(name, ...) AddClass(L, &class_##name);
   TQ_BENCH_CLASSES(TQ_ADD_CLASS)
-  RawSetInteger(L, kModule, "TQ_MOM_OK", TQ_MOM_OK);
-  RawSetInteger(L, kModule, "TQ_MOM_ERR", TQ_MOM_ERR);
-  RawSetInteger(L, kModule, "TQ_MOM_INPUT_ERR", TQ_MOM_INPUT_ERR);
-  RawSetInteger(L, kModule, "TQ_MOM_MALLOC_ERR", TQ_MOM_MALLOC_ERR);
-  RawSetInteger(L, kModule, "TQ_MOM_NO_READY", TQ_MOM_NO_READY);
-  RawSetInteger(L, kModule, "TQ_MOM_GLOBAL_DB_NO_WRITE", TQ_MOM_GLOBAL_DB_NO_WRITE);
   RawSetCopy(L, kGlobals, "baseline", kModule);
   lua_settop(L, kModule);
+  if (luaL_dostring(L, status_codes)) return lua_error(L);
   return 1;
 }

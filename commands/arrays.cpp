@@ -9,7 +9,7 @@ namespace tq_mom {
 namespace {
 
 // Elements are fetched in groups: one pop for all of them, and the group fits the stack that Lua guarantees.
-constexpr int kGroup = 8;
+constexpr std::size_t kGroup = 8;
 
 // Builds an array of `spare` elements more than the table holds. `convert` takes the value at a stack index.
 template <class T, class Convert>
@@ -25,16 +25,18 @@ const char* Build(lua_State* L, int index, std::size_t spare, void** elements, i
   auto* block = countable ? static_cast<T*>(std::malloc((length + spare) * sizeof(T))) : nullptr;
   if (block == nullptr) return "memory error";
   int top = lua_gettop(L);
-  for (std::size_t i = 0; i < length; ++i) {
-    if (lua_gettop(L) == top + kGroup) lua_settop(L, top);
-    lua_rawgeti(L, index, static_cast<lua_Integer>(i + 1));
-    if (!convert(L, -1, &block[i])) {
-      std::free(block);
-      lua_settop(L, top);
-      return bad_element;
+  for (std::size_t i = 0; i < length;) {
+    std::size_t end = length - i < kGroup ? length : i + kGroup;
+    for (; i < end; ++i) {
+      lua_rawgeti(L, index, static_cast<lua_Integer>(i + 1));
+      if (!convert(L, -1, &block[i])) {
+        std::free(block);
+        lua_settop(L, top);
+        return bad_element;
+      }
     }
+    lua_settop(L, top);
   }
-  lua_settop(L, top);
   *elements = block;
   *count = static_cast<int>(length);
   return nullptr;

@@ -20,19 +20,31 @@ struct Names {
   Callee callee;
 };
 
-[[noreturn, gnu::cold]] void RejectCount(lua_State* L, const Description& command) {
+}  // namespace
+
+void Description::CheckKinds(lua_State* L) const {
+  Names names(*this);
+  tq_mom::CheckKinds(L, names.callee);
+}
+
+void RejectCount(lua_State* L, const Description& command) {
   Names names(command);
   binding::RaiseCountError(L, names.client, command.count);
 }
 
-// The arrays among the slots before the one of the rejected argument are freed first.
-[[noreturn, gnu::cold]] void Reject(lua_State* L, const Description& command, int argument, const char* error,
-                                    const Slot* slots) {
+void Reject(lua_State* L, const Description& command, int argument, const char* error, const Slot* slots) {
   Description converted = command;
   converted.count = static_cast<std::uint8_t>(argument - 1);
   ReleaseArrays(converted, slots);
   Names names(command);
   RejectArgument(L, names.callee, argument, error);
+}
+
+void ReleaseArrays(const Description& command, const Slot* slots) {
+  const Slot* slot = slots;
+  for (int i = 0; i < command.count; ++i, ++slot) {
+    if (IsArray(command.parameters[i].kind)) std::free((slot++)->pointer);
+  }
 }
 
 timeval ToTimeout(double seconds) {
@@ -43,73 +55,20 @@ timeval ToTimeout(double seconds) {
   return timeout;
 }
 
-// Null, or the text of the error.
-const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements, int* count) {
+const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements) {
+  int* count = &elements[1].integer;
   if (kind == Kind::kIntegers) return BuildIntegers(L, index, &elements->pointer, count);
   if (kind == Kind::kScores) return BuildScores(L, index, &elements->pointer, count);
   return BuildMembers(L, index, &elements->pointer, count);
-}
-
-}  // namespace
-
-void Description::CheckKinds(lua_State* L) const {
-  Names names(*this);
-  tq_mom::CheckKinds(L, names.callee);
 }
 
 void ReadArguments(lua_State* L, const Description& command, Slot* slots) {
   if (lua_gettop(L) != command.count) RejectCount(L, command);
   Slot* slot = slots;
   for (int index = 1; index <= command.count; ++index, ++slot) {
-    const Parameter& parameter = command.parameters[index - 1];
-    const char* error = nullptr;
-    bool converted = true;
-    switch (parameter.kind) {
-      case Kind::kHandle:
-        converted = Convert(L, index, &slot->pointer, parameter.type, command);
-        break;
-      case Kind::kKey:
-        slot->pointer = binding::UntypedPointerAt(L, index);
-        break;
-      case Kind::kInt:
-        converted = binding::ToInt(L, index, &slot->integer);
-        break;
-      case Kind::kUnsignedInt:
-        converted = binding::ToUnsigned(L, index, &slot->unsigned_integer);
-        break;
-      case Kind::kSize: {
-        std::uint32_t size;
-        converted = binding::ToUnsigned(L, index, &size);
-        slot->size = size;
-        break;
-      }
-      case Kind::kDouble: {
-        int is_number;
-        slot->number = lua_tonumberx(L, index, &is_number);
-        converted = is_number != 0;
-        break;
-      }
-      case Kind::kTimeout:
-        slot->timeout = ToTimeout(lua_tonumber(L, index));
-        break;
-      case Kind::kString:
-        slot->string = lua_tostring(L, index);
-        converted = slot->string != nullptr || lua_isnil(L, index);
-        break;
-      default:
-        error = ReadArray(L, index, parameter.kind, &slot[0], &slot[1].integer);
-        converted = error == nullptr;
-        ++slot;
-        break;
-    }
-    if (!converted) Reject(L, command, index, error, slots);
-  }
-}
-
-void ReleaseArrays(const Description& command, const Slot* slots) {
-  const Slot* slot = slots;
-  for (int i = 0; i < command.count; ++i, ++slot) {
-    if (IsArray(command.parameters[i].kind)) std::free((slot++)->pointer);
+    Kind kind = command.parameters[index - 1].kind;
+    ReadArgument(L, command, index, kind, slots, slot);
+    if (IsArray(kind)) ++slot;
   }
 }
 

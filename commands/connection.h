@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-constexpr binding::Method kConnectionCommands[] = {
+constexpr Function kConnectionCommands[] = {
     TQ_COMMAND(tq_global_init, tq_global_init),
     TQ_COMMAND(tq_global_finish, tq_global_finish),
     TQ_COMMAND(tq_global_get_master, tq_global_get_master),

@@ -7,7 +7,7 @@
 
 namespace tq_mom {
 
-constexpr binding::Method kHashCommands[] = {
+constexpr Function kHashCommands[] = {
     TQ_COMMAND(hmset, tq_mom_hmset_sync),
     TQ_COMMAND(hmsetnx, tq_mom_hmsetnx_sync),
     TQ_COMMAND(hmset_ext, _tq_mom_hmset_ext_sync),

@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-constexpr binding::Method kListCommands[] = {
+constexpr Function kListCommands[] = {
     TQ_COMMAND(lpush, tq_mom_lpush_sync),
     TQ_COMMAND(lpush_ext, tq_mom_lpush_ext_sync),
     TQ_COMMAND(rpush, tq_mom_rpush_sync),

@@ -11,14 +11,15 @@ struct ScanContext {
   CallbackReference argument;
 };
 
-// Calls the script's function for one element. Its errors unwind through the client library to the script.
+// Calls the script's function for one element, in the frame of Scan and with its upvalues. Its errors unwind through
+// the client library to the script.
 int CallBack(tq_global_t* g, void* message, void* context) {
   if (context == nullptr) return 0;
   const auto* scan = static_cast<const ScanContext*>(context);
   lua_State* L = scan->callback.state;
   swiglua_ref_get(&scan->callback);
-  binding::PushHandle(L, g, Type(TypeId::_p_tq_global_s), 0);
-  binding::PushHandle(L, message, Type(TypeId::_p_tq_mom_pubsub_msg_s), 0);
+  binding::PushClassHandle(L, g, TypeSlot(TypeId::_p_tq_global_s), 0);
+  binding::PushClassHandle(L, message, TypeSlot(TypeId::_p_tq_mom_pubsub_msg_s), 0, binding::kClassName + 1);
   swiglua_ref_get(&scan->argument);
   if (!lua_isfunction(L, -4)) return 0;
   lua_call(L, 3, 1);

@@ -10,10 +10,10 @@ namespace tq_mom {
 // The one command that calls back into Lua.
 int Scan(lua_State* L);
 
-constexpr binding::Method kPublishScanCommands[] = {
+constexpr Function kPublishScanCommands[] = {
     TQ_COMMAND(publish, tq_mom_publish_sync),
     TQ_COMMAND(publish_ext, tq_mom_publish_ext_sync),
-    {"scan", Scan},
+    {"scan", Scan, {TypeId::_p_tq_global_s, TypeId::_p_tq_mom_pubsub_msg_s}},
 };
 
 }  // namespace tq_mom

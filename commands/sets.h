@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-constexpr binding::Method kSetCommands[] = {
+constexpr Function kSetCommands[] = {
     TQ_COMMAND(sadd, tq_mom_sadd_sync),
     TQ_COMMAND(sadd_ext, tq_mom_sadd_ext_sync),
     TQ_COMMAND(srem, tq_mom_srem_sync),

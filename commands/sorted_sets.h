@@ -7,7 +7,7 @@
 
 namespace tq_mom {
 
-constexpr binding::Method kSortedSetCommands[] = {
+constexpr Function kSortedSetCommands[] = {
     TQ_COMMAND(zadd, _tq_mom_zadd_sync),
     TQ_COMMAND(zadd_ext, _tq_mom_zadd_ext_sync),
     TQ_COMMAND(zrem, tq_mom_zrem_sync),

@@ -6,7 +6,7 @@
 
 namespace tq_mom {
 
-constexpr binding::Method kStringCommands[] = {
+constexpr Function kStringCommands[] = {
     TQ_COMMAND(get, tq_mom_get_sync),
     TQ_COMMAND(get_ext, tq_mom_get_ext_sync),
     TQ_COMMAND(set, tq_mom_set_sync),

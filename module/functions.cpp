@@ -10,33 +10,51 @@
 #include "commands/sorted_sets.h"
 #include "commands/strings.h"
 #include "records/casts.h"
+#include "runtime/handles.h"
 
 namespace tq_mom {
 namespace {
 
-template <std::size_t count>
-struct MethodTable {
-  static constexpr std::size_t kCount = count;
-  binding::Method methods[count + 1];
-};
-
 template <std::size_t... counts>
-constexpr auto Concatenate(const binding::Method (&... families)[counts]) {
-  MethodTable<(counts + ...)> table{};
-  binding::Method* next = table.methods;
-  auto append = [&](const binding::Method* methods, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) *next++ = methods[i];
-  };
-  (append(families, counts), ...);
-  return table;
+constexpr int CountAll([[maybe_unused]] const Function (&... families)[counts]) {
+  return static_cast<int>((counts + ...));
+}
+static_assert(CountAll(kConnectionCommands, kStringCommands, kHashCommands, kListCommands, kSetCommands,
+                       kSortedSetCommands, kPublishScanCommands, kCasts) == kFunctionCount);
+static_assert(CountAll(kCasts) == 24);
+
+// Pushes the function; one that makes handles of classes is a closure over what finds the classes.
+void PushFunction(lua_State* L, const Function& function) {
+  int upvalues = 0;
+  if (*ClassName(function.results[0]) != '\0') {
+    binding::PushHandleUpvalues(L, ClassName(function.results[0]));
+    upvalues = binding::kClassName;
+    if (*ClassName(function.results[1]) != '\0') {
+      lua_pushstring(L, ClassName(function.results[1]));
+      ++upvalues;
+    }
+  }
+  lua_pushcclosure(L, function.function, upvalues);
 }
 
-constexpr auto kAll = Concatenate(kConnectionCommands, kStringCommands, kHashCommands, kListCommands, kSetCommands,
-                                  kSortedSetCommands, kPublishScanCommands, kCasts);
-static_assert(kAll.kCount == kFunctionCount);
+void AddFamily(lua_State* L, const Function* functions, std::size_t count) {
+  for (const Function* function = functions; function != functions + count; ++function) {
+    lua_pushstring(L, function->name);
+    PushFunction(L, *function);
+    lua_rawset(L, -3);
+  }
+}
+
+template <std::size_t... counts>
+void AddFamilies(lua_State* L, const Function (&... families)[counts]) {
+  (AddFamily(L, families, counts), ...);
+}
 
 }  // namespace
 
-const binding::Method* Functions() { return kAll.methods; }
+void AddFunctions(lua_State* L) {
+  AddFamilies(L, kConnectionCommands, kStringCommands, kHashCommands, kListCommands, kSetCommands, kSortedSetCommands,
+              kPublishScanCommands, kCasts);
+}
 
 }  // namespace tq_mom

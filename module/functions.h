@@ -2,14 +2,14 @@
 #ifndef TQ_MODULE_FUNCTIONS_H
 #define TQ_MODULE_FUNCTIONS_H
 
-#include "runtime/abi.h"
+#include <lua.hpp>
 
 namespace tq_mom {
 
 inline constexpr int kFunctionCount = 119;
 
-// All families' functions, ended by an empty entry.
-const binding::Method* Functions();
+// Sets them as fields of the table at the stack top.
+void AddFunctions(lua_State* L);
 
 }  // namespace tq_mom
 

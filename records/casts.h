@@ -44,9 +44,10 @@ namespace tq_mom {
 // whoever owns it.
 int CastHandle(lua_State* L, const char* name, TypeId type);
 
-#define TQ_CAST_METHOD(name, record) {#name, [](lua_State* L) { return CastHandle(L, #name, kTypeOf<record>); }},
-constexpr binding::Method kCasts[] = {TQ_CASTS(TQ_CAST_METHOD)};
-#undef TQ_CAST_METHOD
+#define TQ_CAST_FUNCTION(name, record) \
+  {#name, [](lua_State* L) { return CastHandle(L, #name, kTypeOf<record>); }, {kTypeOf<record>}},
+constexpr Function kCasts[] = {TQ_CASTS(TQ_CAST_FUNCTION)};
+#undef TQ_CAST_FUNCTION
 
 }  // namespace tq_mom
 

@@ -75,7 +75,7 @@ template <class Site>
 }
 
 template <class Site>
-bool Convert(lua_State* L, int index, void** pointer, TypeId type, const Site& site) {
+[[gnu::always_inline]] inline bool Convert(lua_State* L, int index, void** pointer, TypeId type, const Site& site) {
   return binding::ConvertExact(L, index, pointer, *Type(type)) || ConvertOther(L, index, pointer, type, site);
 }
 

@@ -34,8 +34,8 @@ void SetUpClasses(binding::TypeDescriptor* descriptors) {
       int type = static_cast<int>(row->type);
       const binding::Constant* constants = row->constants != nullptr ? row->constants : kNoConstants;
       class_statics[i] = {name, kNoMethods, kNoAttributes, constants, kNoClasses, kNoNamespaces};
-      class_records[i] = {name,       name,       &type_table[type], row->constructor,
-                          FreeRecord, kNoMethods, row->fields,       &class_statics[i],
+      class_records[i] = {name,       name,       TypeSlot(row->type), row->constructor,
+                          FreeRecord, kNoMethods, row->fields,         &class_statics[i],
                           kNoMethods, no_bases,   no_base_names};
       class_list[i] = &class_records[i];
       descriptors[type].class_record = &class_records[i];
@@ -61,7 +61,7 @@ int NewRecord(lua_State* L, TypeId record, std::size_t size) {
     binding::RaiseCountError(L, name, 0);
   }
   // The handle comes first: making it may raise an error, which must find no record to lose.
-  binding::Handle* handle = binding::PushEmptyHandle(L, Type(record));
+  binding::Handle* handle = binding::PushEmptyClassHandle(L, TypeSlot(record));
   handle->pointer = std::calloc(1, size);
   if (handle->pointer == nullptr) {
     lua_pushnil(L);

@@ -72,7 +72,7 @@ TypeDescriptor* type_table[kTypeCount + 1];
 
 const char* MangledName(TypeId id) { return own_descriptors[static_cast<int>(id)].mangled_name; }
 
-const char* ReadableName(TypeId id) { return own_descriptors[static_cast<int>(id)].readable_name; }
+const char* ReadableName(TypeId id) { return NextName(MangledName(id)); }
 
 const char* ClassName(TypeId id) { return NextName(ReadableName(id)); }
 

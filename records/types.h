@@ -145,12 +145,20 @@ inline constexpr TypeId kTypeOf<tq_obj> = TypeId::_p_tq_obj;
 // The descriptors in use: our own, or those of modules that were loaded earlier and have the same types.
 extern binding::TypeDescriptor* type_table[kTypeCount + 1];
 
-inline binding::TypeDescriptor* Type(TypeId id) { return type_table[static_cast<int>(id)]; }
+inline binding::TypeDescriptor** TypeSlot(TypeId id) { return &type_table[static_cast<int>(id)]; }
+inline binding::TypeDescriptor* Type(TypeId id) { return *TypeSlot(id); }
 
 // The names that we gave the type, whoever's descriptor is in use.
 const char* MangledName(TypeId id);
 const char* ReadableName(TypeId id);
 const char* ClassName(TypeId id);  // empty for types without a class
+
+// A Lua function of the module.
+struct Function {
+  const char* name;
+  lua_CFunction function;
+  TypeId results[2] = {TypeId::_p_void, TypeId::_p_void};  // of the handles it makes; those of classes come first
+};
 
 // The module's record in the ring. Its types are set up on the first call.
 binding::ModuleRecord* Types();

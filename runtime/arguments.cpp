@@ -25,23 +25,16 @@ void AddNumber(luaL_Buffer* buffer, int number) {
   luaL_addlstring(buffer, first, static_cast<std::size_t>(end - first));
 }
 
+template <std::size_t size>
+void AddLiteral(luaL_Buffer* buffer, const char (&text)[size]) {
+  luaL_addlstring(buffer, text, size - 1);
+}
+
 void AddPieces(luaL_Buffer* buffer, const Piece* pieces) {
   for (; *pieces != nullptr; ++pieces) luaL_addstring(buffer, *pieces);
 }
 
-// The position of the function that called the running one: level 1, as luaL_where gives it.
-void AddCallerPosition(lua_State* L, luaL_Buffer* buffer) {
-  lua_Debug caller;
-  if (!lua_getstack(L, 1, &caller)) return;
-  lua_getinfo(L, "Sl", &caller);
-  if (caller.currentline <= 0) return;
-  luaL_addstring(buffer, caller.short_src);
-  luaL_addchar(buffer, ':');
-  AddNumber(buffer, caller.currentline);
-  luaL_addstring(buffer, ": ");
-}
-
-// Before the buffer holds anything: asking for the running function uses the stack.
+// Whether one of our dispatchers is the running function.
 bool RunsUnderDispatcher(lua_State* L) {
   lua_Debug running;
   if (!lua_getstack(L, 0, &running)) return false;
@@ -51,10 +44,21 @@ bool RunsUnderDispatcher(lua_State* L) {
   return dispatched;
 }
 
+// Starts with the position of the function that called the running one: level 1, as luaL_where gives it.
 void StartMessage(lua_State* L, luaL_Buffer* buffer) {
-  bool dispatched = RunsUnderDispatcher(L);
+  lua_Debug caller;
+  bool positioned = false;
+  if (lua_getstack(L, 1, &caller)) {
+    lua_getinfo(L, "l", &caller);
+    positioned = caller.currentline > 0 && !RunsUnderDispatcher(L);
+  }
   luaL_buffinit(L, buffer);
-  if (!dispatched) AddCallerPosition(L, buffer);
+  if (!positioned) return;
+  lua_getinfo(L, "S", &caller);
+  luaL_addstring(buffer, caller.short_src);
+  luaL_addchar(buffer, ':');
+  AddNumber(buffer, caller.currentline);
+  AddLiteral(buffer, ": ");
 }
 
 [[noreturn]] void Raise(lua_State* L, luaL_Buffer* buffer) {
@@ -76,13 +80,13 @@ void RaiseCountError(lua_State* L, const Piece* function, int expected) {
   int actual = lua_gettop(L);
   luaL_Buffer message;
   StartMessage(L, &message);
-  luaL_addstring(&message, "Error in ");
+  AddLiteral(&message, "Error in ");
   AddPieces(&message, function);
-  luaL_addstring(&message, " expected ");
+  AddLiteral(&message, " expected ");
   AddNumber(&message, expected);
-  luaL_addstring(&message, "..");
+  AddLiteral(&message, "..");
   AddNumber(&message, expected);
-  luaL_addstring(&message, " args, got ");
+  AddLiteral(&message, " args, got ");
   AddNumber(&message, actual);
   Raise(L, &message);
 }
@@ -92,13 +96,13 @@ void RaiseKindError(lua_State* L, const Piece* function, int argument, const cha
   const char* actual = TypeName(L, argument);
   luaL_Buffer message;
   StartMessage(L, &message);
-  luaL_addstring(&message, "Error in ");
+  AddLiteral(&message, "Error in ");
   AddPieces(&message, function);
-  luaL_addstring(&message, " (arg ");
+  AddLiteral(&message, " (arg ");
   AddNumber(&message, argument);
-  luaL_addstring(&message, "), expected '");
+  AddLiteral(&message, "), expected '");
   luaL_addlstring(&message, expected, expected_length);
-  luaL_addstring(&message, "' got '");
+  AddLiteral(&message, "' got '");
   luaL_addstring(&message, actual);
   luaL_addchar(&message, '\'');
   Raise(L, &message);

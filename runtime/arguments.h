@@ -35,7 +35,8 @@ inline bool ToInt(lua_State* L, int index, int* value) {
   int is_integer;
   lua_Integer integer = lua_tointegerx(L, index, &is_integer);
   if (!is_integer) return ToIntSlow(L, index, value);
-  *value = integer > INT32_MAX ? INT32_MAX : integer < INT32_MIN ? INT32_MIN : static_cast<int>(integer);
+  *value = static_cast<int>(integer);
+  if (*value != integer) *value = integer > 0 ? INT32_MAX : INT32_MIN;
   return true;
 }
 

@@ -33,18 +33,6 @@ int ToString(lua_State* L) {
   return 1;
 }
 
-void SetFunction(lua_State* L, const char* name, lua_CFunction function) {
-  lua_pushstring(L, name);
-  lua_pushcfunction(L, function);
-  lua_rawset(L, -3);
-}
-
-void SetNewTable(lua_State* L, const char* name, int fields) {
-  lua_pushstring(L, name);
-  lua_createtable(L, 0, fields);
-  lua_rawset(L, -3);
-}
-
 // Pushes the class's instance metatable, or nil.
 void PushInstanceMetatable(lua_State* L, const ClassRecord& record) {
   PushClassTable(L);
@@ -106,17 +94,15 @@ void AddInheritedMetamethods(lua_State* L, const ClassRecord& record) {
   lua_settop(L, metatable);
 }
 
-void AddDefault(lua_State* L, const char* name, lua_CFunction function) {
-  lua_pushstring(L, name);
+void SetDefault(lua_State* L, const Shared& shared, Shared::Value key, lua_CFunction function) {
+  shared.Push(L, key);
   bool missing = lua_rawget(L, -2) == LUA_TNIL;
   lua_pop(L, 1);
-  if (missing) SetFunction(L, name, function);
+  if (missing) shared.SetFunction(L, key, function);
 }
 
-// Sets ".bases" of the instance metatable at the stack top.
+// Adds the resolved bases' metatables to the ".bases" table at the stack top.
 void AddBases(lua_State* L, const ClassRecord& record) {
-  lua_pushliteral(L, ".bases");
-  lua_createtable(L, 0, 0);
   int bases = lua_gettop(L);
   lua_Integer count = 0;
   for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
@@ -125,51 +111,54 @@ void AddBases(lua_State* L, const ClassRecord& record) {
     TQ_INVARIANT_TABLE(lua_istable(L, -1));
     lua_rawseti(L, bases, ++count);
   }
-  lua_rawset(L, -3);
 }
 
-// Makes the metatable of the class's objects unless there is one; leaves the stack as it was.
-void RegisterInstances(lua_State* L, const ClassRecord& record, const Dispatchers& dispatchers) {
-  luaL_checkstack(L, 12, nullptr);
+// Pushes the metatable of the class's objects, which is made unless there is one.
+void PushRegisteredInstances(lua_State* L, const ClassRecord& record, const Shared& shared) {
+  luaL_checkstack(L, LUA_MINSTACK, nullptr);
   int begin = lua_gettop(L);
-  PushInstanceMetatable(L, record);
-  bool registered = !lua_isnil(L, -1);
-  lua_settop(L, begin);
-  if (registered) return;
-
-  for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
-    if (record.bases[i] != nullptr) RegisterInstances(L, *record.bases[i], dispatchers);
-  }
-  PushClassTable(L);
+  int name = begin + 1;
   lua_pushstring(L, record.qualified_name);
-  lua_createtable(L, 0, 12);
-  lua_pushliteral(L, ".type");
-  lua_pushvalue(L, -3);
+  lua_pushvalue(L, name);
+  if (lua_rawget(L, shared.index(Shared::kClassTable)) != LUA_TNIL) {
+    lua_remove(L, name);
+    return;
+  }
+  lua_pop(L, 1);
+  for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
+    if (record.bases[i] == nullptr) continue;
+    PushRegisteredInstances(L, *record.bases[i], shared);
+    lua_pop(L, 1);
+  }
+  constexpr int kFields = 11;
+  lua_createtable(L, 0, kFields + CountNamed(record.metatable));
+  lua_pushvalue(L, name);
+  lua_pushvalue(L, -2);
+  lua_rawset(L, shared.index(Shared::kClassTable));
+  shared.Push(L, Shared::kTypeKey);
+  lua_pushvalue(L, name);
   lua_rawset(L, -3);
+  shared.PushNewTable(L, Shared::kBasesKey, 0);
   AddBases(L, record);
-  int attributes = CountNamed(record.attributes);
-  SetNewTable(L, ".get", attributes);
-  SetNewTable(L, ".set", attributes);
-  AddAttributes(L, record.attributes);
-  lua_pushliteral(L, ".fn");
-  lua_createtable(L, 0, CountNamed(record.methods) + 1);
-  SetFunction(L, "__disown", Disown);
+  lua_pop(L, 1);
+  SetAttributes(L, record.attributes, shared);
+  shared.PushNewTable(L, Shared::kMethodsKey, CountNamed(record.methods) + 1);
+  shared.SetFunction(L, Shared::kDisownKey, Disown);
   AddMethods(L, record.methods);
+  lua_pop(L, 1);
+  shared.Push(L, Shared::kIndexKey);
+  shared.Push(L, Shared::kMemberGetter);
   lua_rawset(L, -3);
-  lua_pushliteral(L, "__index");
-  lua_pushvalue(L, dispatchers.getter);
+  shared.Push(L, Shared::kNewIndexKey);
+  shared.Push(L, Shared::kMemberSetter);
   lua_rawset(L, -3);
-  lua_pushliteral(L, "__newindex");
-  lua_pushvalue(L, dispatchers.setter);
-  lua_rawset(L, -3);
-  SetFunction(L, "__gc", Collect);
+  shared.SetFunction(L, Shared::kCollectKey, Collect);
   AddMethods(L, record.metatable);
   if (HasBases(record)) AddInheritedMetamethods(L, record);
-  AddDefault(L, "__tostring", ToString);
-  AddDefault(L, "__eq", Equals);
-  lua_rawset(L, -3);
-  lua_pop(L, 1);
-  TQ_INVARIANT(lua_gettop(L) == begin, "lua_gettop(L) == begin");
+  SetDefault(L, shared, Shared::kToStringKey, ToString);
+  SetDefault(L, shared, Shared::kEqualsKey, Equals);
+  lua_remove(L, name);
+  TQ_INVARIANT(lua_gettop(L) == begin + 1, "lua_gettop(L) == begin+1");
 }
 
 // Bases first, so that the class's own entries win.
@@ -197,27 +186,30 @@ int CallInheritedMetamethod(lua_State* L) {
   return lua_gettop(L);
 }
 
-void RegisterClass(lua_State* L, const ClassRecord& record, const Dispatchers& dispatchers) {
+void RegisterClass(lua_State* L, const ClassRecord& record, const Shared& shared) {
   TQ_INVARIANT(std::strcmp(record.name, record.cls_static->name) == 0,
                "strcmp(clss->name, clss->cls_static->name) == 0");
   int begin = lua_gettop(L);
-  RegisterInstances(L, record, dispatchers);
-  RegisterNamespace(L, *record.cls_static, dispatchers);
+  TQ_INVARIANT_TABLE(lua_istable(L, -1));
+  int instances = begin + 1;
+  PushRegisteredInstances(L, record, shared);
+  TQ_INVARIANT_TABLE(lua_istable(L, -1));
+  lua_pushvalue(L, begin);
+  int statics = begin + 3;
+  RegisterNamespace(L, *record.cls_static, shared);
   if (HasBases(record)) AddInheritedStatics(L, record);
-  int statics = lua_gettop(L);
   lua_getmetatable(L, statics);
   if (record.constructor != nullptr) {
-    lua_pushliteral(L, "__call");
-    PushConstructorProxy(L, record.constructor);
+    shared.Push(L, Shared::kCallKey);
+    PushConstructorProxy(L, record);
     lua_rawset(L, -3);
   }
-  lua_pushliteral(L, ".instance");
-  PushInstanceMetatable(L, record);
-  TQ_INVARIANT_TABLE(lua_istable(L, -1));
-  lua_pushliteral(L, ".static");
+  shared.Push(L, Shared::kInstanceKey);
+  lua_pushvalue(L, instances);
+  lua_rawset(L, -3);
+  shared.Push(L, Shared::kStaticKey);
   lua_pushvalue(L, statics);
-  lua_rawset(L, -3);
-  lua_rawset(L, -3);
+  lua_rawset(L, instances);
   lua_settop(L, begin);
 }
 

@@ -8,7 +8,7 @@ namespace binding {
 
 // Registers the class in the namespace table at the stack top. The metatable of its objects is made once for an
 // interpreter, whoever registers the class first.
-void RegisterClass(lua_State* L, const ClassRecord& record, const Dispatchers& dispatchers);
+void RegisterClass(lua_State* L, const ClassRecord& record, const Shared& shared);
 
 // Lua function: the metamethod of a class that has it from a base. Upvalues: the metamethod's name, the class record.
 int CallInheritedMetamethod(lua_State* L);

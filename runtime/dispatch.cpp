@@ -1,6 +1,7 @@
 #include "runtime/dispatch.h"
 
 #include "runtime/classes.h"
+#include "runtime/handles.h"
 #include "runtime/invariant.h"
 
 // Set by the linker: this shared object's code lies between its first byte and its dynamic section.
@@ -23,11 +24,19 @@ void PushTable(lua_State* L, int table, Key key) {
 }
 
 // Whether a C function may run in the dispatcher's own frame: it must be this module's, whose errors allow for that,
-// and have no upvalues. A debugger that counts calls wants the real call.
+// and do without upvalues of its own. A debugger that counts calls wants the real call.
 bool MayRunInPlace(lua_State* L, lua_CFunction function) {
   auto address = reinterpret_cast<const char*>(function);
-  return address >= __ehdr_start && address < _DYNAMIC && function != CallInheritedMetamethod &&
-         lua_gethookmask(L) == 0;
+  return address >= __ehdr_start && address < _DYNAMIC && !IsDispatcher(function) &&
+         function != CallInheritedMetamethod && lua_gethookmask(L) == 0;
+}
+
+// Whether the class of the metatable at index 3 has bases.
+bool HasBases(lua_State* L) {
+  PushTable(L, 3, kBases);
+  bool has_bases = lua_rawlen(L, -1) != 0;
+  lua_pop(L, 1);
+  return has_bases;
 }
 
 // Runs `search` with each base's metatable in the place of the object's own, which is on the stack top, until it finds
@@ -140,10 +149,19 @@ int MemberGet(lua_State* L) {
   if (lua_isfunction(L, -1)) return 1;
 
   lua_settop(L, 3);
-  int results = SearchBases(L, GetFromBase);
+  bool has_bases = HasBases(L);
+  int results = has_bases ? SearchBases(L, GetFromBase) : kNotFound;
   if (results != kNotFound) return results;
-  lua_settop(L, 2);
-  results = GetItem(L);
+  lua_pushvalue(L, lua_upvalueindex(kItem));
+  if (lua_rawget(L, 3) == LUA_TFUNCTION) {
+    lua_pushvalue(L, 1);
+    lua_pushvalue(L, 2);
+    lua_call(L, 2, 1);
+    return 1;
+  }
+  if (!has_bases) return 0;
+  lua_settop(L, 3);
+  results = SearchBases(L, GetItem);
   return results == kNotFound ? 0 : results;
 }
 
@@ -201,9 +219,12 @@ int MemberSet(lua_State* L) {
   return 0;
 }
 
+// The constructor may use the upvalues in front of it.
+constexpr int kConstructor = kClassName + 1;
+
 int ConstructorProxy(lua_State* L) {
   TQ_INVARIANT(lua_istable(L, 1), "(lua_type(L, (1)) == 5)");
-  lua_CFunction constructor = lua_tocfunction(L, lua_upvalueindex(1));
+  lua_CFunction constructor = lua_tocfunction(L, lua_upvalueindex(kConstructor));
   if (MayRunInPlace(L, constructor)) {
     lua_remove(L, 1);
     int results = constructor(L);
@@ -233,9 +254,10 @@ void PushMemberSetter(lua_State* L) {
   lua_pushcclosure(L, MemberSet, 3);
 }
 
-void PushConstructorProxy(lua_State* L, lua_CFunction constructor) {
-  lua_pushcfunction(L, constructor);
-  lua_pushcclosure(L, ConstructorProxy, 1);
+void PushConstructorProxy(lua_State* L, const ClassRecord& record) {
+  PushHandleUpvalues(L, record.qualified_name);
+  lua_pushcfunction(L, record.constructor);
+  lua_pushcclosure(L, ConstructorProxy, kConstructor);
 }
 
 bool IsDispatcher(lua_CFunction function) {

@@ -11,7 +11,7 @@ void PushMemberGetter(lua_State* L);
 void PushMemberSetter(lua_State* L);
 
 // Pushes the function that makes Class(...) call the class's constructor.
-void PushConstructorProxy(lua_State* L, lua_CFunction constructor);
+void PushConstructorProxy(lua_State* L, const ClassRecord& record);
 
 // Whether the function is one of the three above. They may run this module's functions in their own frame instead of
 // through lua_call.

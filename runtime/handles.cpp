@@ -9,6 +9,8 @@
 namespace binding {
 namespace {
 
+constexpr char kClassTable[] = "SWIG";
+
 // Metamethods that a class may take over from its bases; __gc never is.
 constexpr const char* kInheritableMetamethods[] = {"__add", "__sub", "__mul",  "__div",     "__mod",
                                                    "__pow", "__unm", "__len",  "__concat",  "__eq",
@@ -41,25 +43,57 @@ void AttachClass(lua_State* L, const TypeDescriptor* type) {
   }
 }
 
-}  // namespace
-
-void PushClassTable(lua_State* L) {
-  lua_pushlstring(L, "SWIG", 4);
-  if (lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE) return;
-  lua_pop(L, 1);
-  lua_pushlstring(L, "SWIG", 4);
-  CreateClassTable(L);
-  lua_rawset(L, LUA_REGISTRYINDEX);
-  lua_pushlstring(L, "SWIG", 4);
-  TQ_INVARIANT_TABLE(lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE);
+// The same with the strings at hand. Another module may have given the type a class record of its own, and a function
+// may run without its upvalues: then it is the long way.
+void AttachClass(lua_State* L, TypeDescriptor** type, int name_upvalue) {
+  const ClassRecord* record = (*type)->class_record;
+  if (record == nullptr) return;
+  if (record->type == type) {
+    lua_pushvalue(L, lua_upvalueindex(kClassTableKey));
+    if (lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE) {
+      lua_pushvalue(L, lua_upvalueindex(name_upvalue));
+      if (lua_rawget(L, -2) == LUA_TTABLE) {
+        lua_setmetatable(L, -3);
+        lua_pop(L, 1);
+        return;
+      }
+      lua_pop(L, 1);
+    }
+    lua_pop(L, 1);
+  }
+  AttachClass(L, *type);
 }
 
-Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
+Handle* PushUnattached(lua_State* L, TypeDescriptor* type) {
   auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
   handle->type = type;
   handle->own = 0;
   handle->pointer = nullptr;
+  return handle;
+}
+
+}  // namespace
+
+void PushClassTable(lua_State* L) {
+  lua_pushstring(L, kClassTable);
+  if (lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE) return;
+  lua_pop(L, 1);
+  lua_pushstring(L, kClassTable);
+  CreateClassTable(L);
+  lua_rawset(L, LUA_REGISTRYINDEX);
+  lua_pushstring(L, kClassTable);
+  TQ_INVARIANT_TABLE(lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE);
+}
+
+Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
+  Handle* handle = PushUnattached(L, type);
   AttachClass(L, type);
+  return handle;
+}
+
+Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int name_upvalue) {
+  Handle* handle = PushUnattached(L, *type);
+  AttachClass(L, type, name_upvalue);
   return handle;
 }
 
@@ -71,6 +105,21 @@ void PushHandle(lua_State* L, void* pointer, TypeDescriptor* type, int own) {
   Handle* handle = PushEmptyHandle(L, type);
   handle->pointer = pointer;
   handle->own = own;
+}
+
+void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int own, int name_upvalue) {
+  if (pointer == nullptr) {
+    lua_pushnil(L);
+    return;
+  }
+  Handle* handle = PushEmptyClassHandle(L, type, name_upvalue);
+  handle->pointer = pointer;
+  handle->own = own;
+}
+
+void PushHandleUpvalues(lua_State* L, const char* qualified_name) {
+  lua_pushstring(L, kClassTable);
+  lua_pushstring(L, qualified_name);
 }
 
 void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescriptor* type) {

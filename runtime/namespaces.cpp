@@ -2,10 +2,18 @@
 
 #include "runtime/arguments.h"
 #include "runtime/classes.h"
+#include "runtime/dispatch.h"
+#include "runtime/handles.h"
 #include "runtime/invariant.h"
 
 namespace binding {
 namespace {
+
+constexpr const char* kSharedKeys[] = {".type",   ".bases",     ".get", ".set",   ".fn",        ".static", ".instance",
+                                       "__index", "__newindex", "__gc", "__call", "__tostring", "__eq",    "__disown"};
+static_assert(sizeof(kSharedKeys) / sizeof(kSharedKeys[0]) == Shared::kCount - Shared::kTypeKey);
+
+constexpr Shared::Value kNamespaceTables[] = {Shared::kGetKey, Shared::kSetKey, Shared::kMethodsKey};
 
 // Pushes the table that the table at the index holds under the key.
 void PushTable(lua_State* L, int table, const char* key) {
@@ -100,27 +108,53 @@ int CountConstants(const Constant* constants) {
   return count;
 }
 
-void PushNamespaceMetatable(lua_State* L, const NamespaceRecord& record) {
-  lua_createtable(L, 0, 7);
-  int attributes = CountNamed(record.attributes);
-  lua_pushliteral(L, ".get");
-  lua_createtable(L, 0, attributes);
-  lua_rawset(L, -3);
-  lua_pushliteral(L, ".set");
-  lua_createtable(L, 0, attributes);
-  lua_rawset(L, -3);
-  lua_pushliteral(L, ".fn");
-  lua_createtable(L, 0, 0);
-  lua_rawset(L, -3);
-  lua_pushliteral(L, "__index");
-  lua_pushcfunction(L, NamespaceGet);
-  lua_rawset(L, -3);
-  lua_pushliteral(L, "__newindex");
-  lua_pushcfunction(L, NamespaceSet);
-  lua_rawset(L, -3);
+// Adds attributes to the ".get" and ".set" tables at the two indexes.
+void AddAttributes(lua_State* L, const Attribute* attributes, int getters, int setters) {
+  for (; attributes->name != nullptr; ++attributes) {
+    lua_pushstring(L, attributes->name);
+    if (attributes->setter != nullptr) {
+      lua_pushvalue(L, -1);
+      lua_pushcfunction(L, attributes->setter);
+      lua_rawset(L, setters);
+    }
+    lua_pushcfunction(L, attributes->getter);
+    lua_rawset(L, getters);
+  }
+}
+
+void PushNamespaceMetatable(lua_State* L, const Shared& shared) {
+  constexpr int kFields = 7;  // a class adds two
+  lua_createtable(L, 0, kFields);
+  for (Shared::Value key : kNamespaceTables) {
+    shared.PushNewTable(L, key, 0);
+    lua_pop(L, 1);
+  }
+  shared.SetFunction(L, Shared::kIndexKey, NamespaceGet);
+  shared.SetFunction(L, Shared::kNewIndexKey, NamespaceSet);
 }
 
 }  // namespace
+
+Shared::Shared(lua_State* L) : first_(lua_gettop(L) + 1) {
+  luaL_checkstack(L, kCount + LUA_MINSTACK, nullptr);
+  PushClassTable(L);
+  PushMemberGetter(L);
+  PushMemberSetter(L);
+  for (const char* key : kSharedKeys) lua_pushstring(L, key);
+}
+
+void Shared::SetFunction(lua_State* L, Value key, lua_CFunction function) const {
+  Push(L, key);
+  lua_pushcfunction(L, function);
+  lua_rawset(L, -3);
+}
+
+void Shared::PushNewTable(lua_State* L, Value key, int fields) const {
+  lua_createtable(L, 0, fields);
+  Push(L, key);
+  lua_pushvalue(L, -2);
+  lua_rawset(L, -4);
+}
 
 void AddMethods(lua_State* L, const Method* methods) {
   for (; methods->name != nullptr; ++methods) {
@@ -130,22 +164,15 @@ void AddMethods(lua_State* L, const Method* methods) {
   }
 }
 
-void AddAttributes(lua_State* L, const Attribute* attributes) {
-  if (attributes->name == nullptr) return;
+void SetAttributes(lua_State* L, const Attribute* attributes, const Shared& shared) {
   int table = lua_gettop(L);
-  PushTable(L, table, ".get");
-  PushTable(L, table, ".set");
-  for (; attributes->name != nullptr; ++attributes) {
-    lua_pushstring(L, attributes->name);
-    lua_pushcfunction(L, attributes->getter);
-    lua_rawset(L, -4);
-    if (attributes->setter != nullptr) {
-      lua_pushstring(L, attributes->name);
-      lua_pushcfunction(L, attributes->setter);
-      lua_rawset(L, -3);
-    }
-  }
-  lua_settop(L, table);
+  int count = CountNamed(attributes);
+  shared.PushNewTable(L, Shared::kGetKey, count);
+  lua_insert(L, table);
+  shared.PushNewTable(L, Shared::kSetKey, count);
+  AddAttributes(L, attributes, table, table + 2);
+  lua_pop(L, 1);
+  lua_remove(L, table);
 }
 
 void AddNamespaceDetails(lua_State* L, const NamespaceRecord& record) {
@@ -154,26 +181,28 @@ void AddNamespaceDetails(lua_State* L, const NamespaceRecord& record) {
   AddConstants(L, record.constants);
   AddMethods(L, record.methods);
   if (record.attributes->name != nullptr) {
-    TQ_INVARIANT_TABLE(lua_getmetatable(L, -1));
-    AddAttributes(L, record.attributes);
-    lua_pop(L, 1);
+    TQ_INVARIANT_TABLE(lua_getmetatable(L, begin));
+    PushTable(L, begin + 1, ".get");
+    PushTable(L, begin + 1, ".set");
+    AddAttributes(L, record.attributes, begin + 2, begin + 3);
+    lua_settop(L, begin);
   }
   TQ_INVARIANT(lua_gettop(L) == begin, "lua_gettop(L) == begin");
 }
 
-void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Dispatchers& dispatchers, int more_fields) {
-  luaL_checkstack(L, 20, nullptr);
+void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Shared& shared, int more_fields) {
+  luaL_checkstack(L, LUA_MINSTACK, nullptr);
   int begin = lua_gettop(L);
   TQ_INVARIANT_TABLE(lua_istable(L, -1));
   lua_createtable(L, 0,
                   CountConstants(record.constants) + CountNamed(record.methods) + CountPointers(record.classes) +
                       CountPointers(record.namespaces) + more_fields);
-  PushNamespaceMetatable(L, record);
+  PushNamespaceMetatable(L, shared);
   lua_setmetatable(L, -2);
   AddNamespaceDetails(L, record);
-  for (ClassRecord* const* cls = record.classes; *cls != nullptr; ++cls) RegisterClass(L, **cls, dispatchers);
+  for (ClassRecord* const* cls = record.classes; *cls != nullptr; ++cls) RegisterClass(L, **cls, shared);
   for (const NamespaceRecord* const* sub = record.namespaces; *sub != nullptr; ++sub) {
-    RegisterNamespace(L, **sub, dispatchers);
+    RegisterNamespace(L, **sub, shared);
     lua_pop(L, 1);
   }
   lua_pushstring(L, record.name);

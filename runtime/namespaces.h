@@ -6,22 +6,54 @@
 
 namespace binding {
 
-// Stack indexes of the member getter and setter that all classes of a registration share.
-struct Dispatchers {
-  int getter;
-  int setter;
+// What every class and namespace of a registration uses, kept on the stack: the class table, the member getter and
+// setter, and the key strings, which would be hashed anew for each of them.
+class Shared {
+ public:
+  enum Value {
+    kClassTable,
+    kMemberGetter,
+    kMemberSetter,
+    kTypeKey,
+    kBasesKey,
+    kGetKey,
+    kSetKey,
+    kMethodsKey,
+    kStaticKey,
+    kInstanceKey,
+    kIndexKey,
+    kNewIndexKey,
+    kCollectKey,
+    kCallKey,
+    kToStringKey,
+    kEqualsKey,
+    kDisownKey,
+    kCount
+  };
+
+  // Pushes the values; they stay where they are until the registration is over.
+  explicit Shared(lua_State* L);
+
+  int index(Value value) const { return first_ + value; }
+  void Push(lua_State* L, Value value) const { lua_pushvalue(L, index(value)); }
+  // Sets table[key] = function for the table at the stack top.
+  void SetFunction(lua_State* L, Value key, lua_CFunction function) const;
+  // Sets table[key] to a new table for the table at the stack top and pushes it.
+  void PushNewTable(lua_State* L, Value key, int fields) const;
+
+ private:
+  int first_;
 };
 
 // Builds the namespace with its classes and sub-namespaces, stores it in the table at the stack top and pushes it. It
 // has room for `more_fields` that are set later.
-void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Dispatchers& dispatchers,
-                       int more_fields = 0);
+void RegisterNamespace(lua_State* L, const NamespaceRecord& record, const Shared& shared, int more_fields = 0);
 
 // Adds constants, methods and variables to the namespace table at the stack top.
 void AddNamespaceDetails(lua_State* L, const NamespaceRecord& record);
 
-// Adds getters and setters to the ".get" and ".set" tables of the table at the stack top.
-void AddAttributes(lua_State* L, const Attribute* attributes);
+// Sets a new ".get" and a new ".set" table with the attributes in the table at the stack top.
+void SetAttributes(lua_State* L, const Attribute* attributes, const Shared& shared);
 
 // Sets methods as fields of the table at the stack top.
 void AddMethods(lua_State* L, const Method* methods);

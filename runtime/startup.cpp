@@ -1,6 +1,5 @@
 #include "runtime/startup.h"
 
-#include "runtime/dispatch.h"
 #include "runtime/handles.h"
 #include "runtime/namespaces.h"
 #include "runtime/type_registry.h"
@@ -21,15 +20,12 @@ void OpenModule(lua_State* L, ModuleRecord* types, const NamespaceRecord& record
   lua_rawset(L, -3);
   ResolveBases(L, *types);
 
-  Dispatchers dispatchers;
-  PushMemberGetter(L);
-  dispatchers.getter = lua_gettop(L);
-  PushMemberSetter(L);
-  dispatchers.setter = lua_gettop(L);
-  lua_pushvalue(L, dispatchers.getter - 1);
-  RegisterNamespace(L, record, dispatchers, more_fields);
-  lua_replace(L, dispatchers.getter);
-  lua_settop(L, dispatchers.getter);
+  int globals = lua_gettop(L);
+  Shared shared(L);
+  lua_pushvalue(L, globals);
+  RegisterNamespace(L, record, shared, more_fields);
+  lua_replace(L, globals + 1);
+  lua_settop(L, globals + 1);
 }
 
 }  // namespace binding

@@ -45,8 +45,8 @@ function TestArguments:test_a_table_for_a_handle()
 end
 
 function TestArguments:test_a_handle_of_the_wrong_class()
-  support.raises("Error in lset_ext (arg 3), expected 'struct tq_mom_lset_op_s *|tq_mom_lset_op_s *|tq_mom_lset_op_t *' " ..
-    "got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'",
+  support.raises("Error in lset_ext (arg 3), expected 'struct tq_mom_lset_op_s *|tq_mom_lset_op_s *|" ..
+    "tq_mom_lset_op_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'",
     tq.lset_ext, self.global, 0, tq.get_op_t(), nil, 0)
 end
 

@@ -307,6 +307,43 @@ function TestMembers:test_errors_pass_through_the_dispatcher()
   support.raises_bare("from the getter", support.get_field, self.object, "virtual")
 end
 
+-- Any C function will do, the module's own among them.
+function TestMembers:test_functions_of_the_module_as_accessors()
+  self.metatable[".get"].kind = swig_type
+  luaunit.assertEquals(self.object.kind, "struct tq_mom_psetex_op_s *|tq_mom_psetex_op_s *|tq_mom_psetex_op_t *")
+  self.metatable[".get"].same = swig_equals
+  luaunit.assertEquals(table.pack(self.metatable.__index(self.object, "same")), {n = 1})
+  self.metatable[".get"].text = self.metatable.__tostring
+  luaunit.assertEquals(self.object.text, tostring(self.object))
+  self.metatable[".get"].command = tq.debug_show_all
+  support.raises_bare("Error in debug_show_all (arg 1), expected 'struct tq_global_s *|tq_global_s *|tq_global_t *' " ..
+    "got 'struct tq_mom_psetex_op_s *|tq_mom_psetex_op_s *|tq_mom_psetex_op_t *'", support.get_field, self.object,
+    "command")
+  self.metatable[".set"].same = swig_equals
+  luaunit.assertEquals(select("#", self.metatable.__newindex(self.object, "same", self.object)), 0)
+end
+
+function TestMembers:test_a_dispatcher_as_setter()
+  self.metatable[".set"].read = self.metatable.__index
+  luaunit.assertEquals(select("#", self.metatable.__newindex(self.object, "read", "flag")), 0)
+  luaunit.assertEquals(select("#", self.metatable.__newindex(self.object, "read", "no_such_field")), 0)
+end
+
+-- A debugger sees the accessor run, and messages stay the same under it.
+function TestMembers:test_call_hooks()
+  local seen = {}
+  debug.sethook(function() seen[debug.getinfo(2, "f").func] = true end, "c")
+  local ok, message = pcall(function()
+    local _ = self.object.flag
+    self.object.milseconds = "x"
+  end)
+  debug.sethook()
+  luaunit.assertTrue(seen[self.metatable[".get"].flag])
+  luaunit.assertTrue(seen[self.metatable[".set"].milseconds])
+  luaunit.assertFalse(ok)
+  luaunit.assertEquals(message, "Error in tq_mom_psetex_op_s::milseconds (arg 2), expected 'int' got 'string'")
+end
+
 TestOwnership = {}
 
 function TestOwnership:setUp()

@@ -74,8 +74,8 @@ end
 
 function TestConnection:test_connect_counts()
   support.raises("Error in tq_mom_client_connect_sync expected 2..2 args, got 1", tq.client_connect, nil)
-  support.raises("Error in tq_mom_client_connect_cluster_sync expected 2..2 args, got 3", tq.client_connect_cluster, nil, 1,
-    2)
+  support.raises("Error in tq_mom_client_connect_cluster_sync expected 2..2 args, got 3", tq.client_connect_cluster,
+    nil, 1, 2)
 end
 
 function TestConnection:test_a_result_record_as_global()
@@ -89,8 +89,8 @@ function TestConnection:test_names_in_messages()
   for _, name in ipairs {"tq_global_finish", "tq_global_get_master", "tq_global_run"} do
     support.raises("Error in " .. name .. " expected 1..1 args, got 0", tq[name])
     support.raises("Error in " .. name .. " (arg 1), expected 'tq_global_t *' got 'string'", tq[name], "x")
-    support.raises("Error in " .. name .. " (arg 1), expected 'struct tq_global_s *|tq_global_s *|tq_global_t *' got " ..
-      "'tq_thread_u *'", tq[name], tq.tq_thread_u())
+    support.raises("Error in " .. name .. " (arg 1), expected 'struct tq_global_s *|tq_global_s *|" ..
+      "tq_global_t *' got 'tq_thread_u *'", tq[name], tq.tq_thread_u())
   end
 end
 

@@ -40,9 +40,10 @@ function TestLists:test_counts_to_remove()
   support.raises("number must not be negative", tq.lrem, self.global, 0, self.key, -1)
   tq.lrem(self.global, 0, self.key, 2.9)
   luaunit.assertEquals(support.only_call()[4], 2)
-  support.raises("Error in tq_mom_lrem_sync (arg 4), expected 'size_t' got 'nil'", tq.lrem, self.global, 0, self.key, nil)
-  support.raises("Error in tq_mom_lrem_ext_sync (arg 5), expected 'size_t' got 'string'", tq.lrem_ext, self.global, 0, nil,
-    self.key, "x")
+  support.raises("Error in tq_mom_lrem_sync (arg 4), expected 'size_t' got 'nil'", tq.lrem, self.global, 0, self.key,
+    nil)
+  support.raises("Error in tq_mom_lrem_ext_sync (arg 5), expected 'size_t' got 'string'", tq.lrem_ext, self.global, 0,
+    nil, self.key, "x")
 end
 
 function TestLists:test_inserting()
@@ -50,8 +51,8 @@ function TestLists:test_inserting()
   tq.linsert(self.global, 0, self.key, value, "1")
   local call = support.only_call()
   luaunit.assertEquals({call[3], call[4], call[5]}, {support.pointer_of(self.key), support.pointer_of(value), 1})
-  support.raises("Error in tq_mom_linsert_sync (arg 5), expected 'unsigned int' got 'table'", tq.linsert, self.global, 0,
-    self.key, value, {})
+  support.raises("Error in tq_mom_linsert_sync (arg 5), expected 'unsigned int' got 'table'", tq.linsert, self.global,
+    0, self.key, value, {})
   support.raises("number must not be negative", tq.linsert_ext, self.global, 0, nil, self.key, value, -1)
   recorder.reset()
   tq.linsert(self.global, 0, nil, "text", 0)
@@ -70,8 +71,8 @@ function TestLists:test_ranges()
   luaunit.assertEquals({call[3], call[4], call[5], call[6]}, {0, support.pointer_of(self.key), 0, -1})
   luaunit.assertNil(call.op)
   luaunit.assertEquals(table.pack(tq.lrange(self.global, 0, self.key, 0, 1)), {n = 1})
-  support.raises("Error in tq_mom_lrange_sync (arg 5), expected 'int' got 'nil'", tq.lrange, self.global, 0, self.key, 0,
-    nil)
+  support.raises("Error in tq_mom_lrange_sync (arg 5), expected 'int' got 'nil'", tq.lrange, self.global, 0, self.key,
+    0, nil)
 end
 
 function TestLists:test_releasing_a_range()

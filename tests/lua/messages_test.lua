@@ -46,7 +46,8 @@ function TestMessages:test_messages_of_texts()
   support.raises_bare("Error in tq_mom_pubsub_msg_s::key (arg 2), expected 'char [512]' got 'table'", support.set_field,
     message, "key", {})
   support.raises("Error in tq_mom_pubsub_msg_t_key_set (arg 1), expected 'struct tq_mom_pubsub_msg_s *|" ..
-    "tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_t *' got 'struct tq_mom_congest_s *|tq_mom_congest_s *|tq_mom_congest_t *'",
+    "tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_t *' got 'struct tq_mom_congest_s *|tq_mom_congest_s *|" ..
+    "tq_mom_congest_t *'",
     debug.getregistry().SWIG.tq_mom_pubsub_msg_t[".set"].key, tq.tq_mom_congest_t(), "x")
 end
 

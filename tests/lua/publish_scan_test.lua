@@ -20,8 +20,8 @@ function TestPublish:test_publishing()
   support.raises("Error in tq_mom_publish_ext_sync (arg 3), expected 'tq_mom_publish_op_t *' got 'string'",
     tq.publish_ext, global, 3, "x", key)
   support.raises("Error in publish_ext (arg 3), expected 'struct tq_mom_publish_op_s *|tq_mom_publish_op_s *|" ..
-    "tq_mom_publish_op_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.publish_ext, global, 3,
-    key, key)
+    "tq_mom_publish_op_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.publish_ext,
+    global, 3, key, key)
 end
 
 TestScan = {}
@@ -76,8 +76,8 @@ function TestScan:test_counts()
   local function callback() end
   support.raises("number must not be negative", tq.scan, self.global, 0, self.key, -1, callback, nil)
   support.raises("number must not be negative", tq.scan, self.global, 0, self.key, 0 / 0, 5, nil)
-  support.raises("Error in tq_mom_scan_sync (arg 4), expected 'unsigned int' got 'nil'", tq.scan, self.global, 0, self.key,
-    nil, callback, nil)
+  support.raises("Error in tq_mom_scan_sync (arg 4), expected 'unsigned int' got 'nil'", tq.scan, self.global, 0,
+    self.key, nil, callback, nil)
   support.raises("Error in tq_mom_scan_sync expected 6..6 args, got 5", tq.scan, self.global, 0, self.key, 1, callback)
   support.no_call()
   tq.scan(self.global, 0, self.key, 2.7, callback, nil)
@@ -299,7 +299,6 @@ function TestScan:test_commands_and_scans_inside_a_scan()
   luaunit.assertEquals(recorder.calls()[3].results, {9})
 end
 
--- The Lua stack does not grow with the messages.
 function TestScan:test_many_messages()
   local messages = {}
   for i = 1, 100000 do messages[i] = {message = i} end
@@ -311,6 +310,20 @@ function TestScan:test_many_messages()
   end, nil)
   luaunit.assertEquals(sum, 100000 * 100001 // 2)
   luaunit.assertEquals(#results(), 100000)
+end
+
+-- A message leaves nothing on the stack of the scan that called back.
+function TestScan:test_the_stack_of_the_scan()
+  recorder.deliver {{message = 1}, {message = 2}, {message = 3}}
+  local heights = {}
+  tq.scan(self.global, 0, self.key, 0, function()
+    local height = 0
+    while debug.getlocal(2, height + 1) do height = height + 1 end
+    heights[#heights + 1] = height
+    return #heights
+  end, nil)
+  luaunit.assertEquals(#heights, 3)
+  luaunit.assertEquals({heights[2], heights[3]}, {heights[1], heights[1]})
 end
 
 function TestScan:test_collected_message_handles_free_nothing()

@@ -480,7 +480,8 @@ local function check_setter_arguments(field)
 end
 
 local fresh = {
-  int = 0.0, size_t = 0.0, llong = 0.0, int64 = 0.0, double = 0.0, short = 0.0, chars = "", objs = {}, scores = {}, tags = {},
+  int = 0.0, size_t = 0.0, llong = 0.0, int64 = 0.0, double = 0.0, short = 0.0, chars = "", objs = {}, scores = {},
+  tags = {},
 }
 
 for _, class in ipairs(catalog.classes) do
@@ -568,8 +569,9 @@ function TestRecords:test_device_layout()
   }
   for name, size in pairs(sizes) do luaunit.assertEquals(recorder.layouts[name].size, size, name) end
   local offsets = {
-    {"tq_mom_incr_res_t", "error_code", 8}, {"tq_mom_zscore_res_t", "exist", 8}, {"tq_mom_zscore_res_t", "error_code", 12},
-    {"tq_mom_hmset_op_t", "flag", 8}, {"tq_mom_pubsub_msg_t", "field", 516}, {"tq_mom_pubsub_msg_t", "cmd", 644},
+    {"tq_mom_incr_res_t", "error_code", 8}, {"tq_mom_zscore_res_t", "exist", 8},
+    {"tq_mom_zscore_res_t", "error_code", 12}, {"tq_mom_hmset_op_t", "flag", 8},
+    {"tq_mom_pubsub_msg_t", "field", 516}, {"tq_mom_pubsub_msg_t", "cmd", 644},
     {"tq_mom_pubsub_msg_t", "error", 668}, {"tq_mom_congest_t", "remain_time", 520},
     {"tq_mom_hash_res_t", "error_code", 20},
   }

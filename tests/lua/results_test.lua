@@ -139,6 +139,36 @@ function TestResults:test_a_record_owns_nothing_it_points_to()
   recorder.free(array)
 end
 
+-- The count is read again after each element: a finalizer that runs in between may have changed it.
+function TestResults:test_a_count_that_changes_meanwhile()
+  local length = 20000
+  local result = tq.tq_mom_list_res_t()
+  local array = recorder.alloc(length * word)
+  for i = 0, length - 1 do support.poke(array + i * word, "T", 0x1000) end
+  local layout = recorder.layouts.tq_mom_list_res_t.fields
+  local count = support.pointer_of(result) + layout.count.offset
+  support.poke(support.pointer_of(result) + layout.value_array.offset, "T", array)
+  support.poke(count, "T", length)
+  -- Deep down, so that no dead slot of this function's frame keeps the table.
+  local function leave_garbage(depth)
+    if depth > 0 then
+      leave_garbage(depth - 1)
+    else
+      setmetatable({}, {__gc = function() support.poke(count, "T", 5) end})
+    end
+    return depth
+  end
+  local pause, multiplier = collectgarbage("setpause", 0), collectgarbage("setstepmul", 1000)
+  collectgarbage() -- and begin the next cycle at once
+  leave_garbage(30)
+  local values = result.value_array
+  collectgarbage("setpause", pause)
+  collectgarbage("setstepmul", multiplier)
+  luaunit.assertEquals(support.peek(count, "T"), 5)
+  luaunit.assertTrue(#values < length)
+  recorder.free(array)
+end
+
 function TestResults:test_a_getter_that_runs_out_of_lua_memory()
   local result = tq.tq_mom_list_res_t()
   local array = recorder.alloc(40 * word)

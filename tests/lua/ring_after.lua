@@ -1,4 +1,4 @@
--- Other modules join after tq_mom_sync and change what it works with: classes, cast lists, converters, names.
+-- Other modules join after tq_mom_sync and change what it works with: classes, cast lists, converters.
 local lu = require "luaunit"
 local support = require "ring_support"
 local peer = support.peer
@@ -226,38 +226,6 @@ function TestConversion:test_disowns_before_it_checks()
   lu.assertErrorMsgContains("Error in tq_thread_next_set (arg 2), expected", function() thread.next = handle end)
   peer.put_casts(peer.find "_p_tq_thread", list)
   lu.assertEquals(select(2, peer.words(handle)), 0)
-end
-
-TestNames = {}
-
-function TestNames:setUp()
-  self.readable = peer.type(get_op).readable
-end
-
-function TestNames:tearDown()
-  peer.set_readable_name(get_op, self.readable)
-end
-
-function TestNames:test_a_descriptor_without_readable_name()
-  local op = module.get_op_t()
-  peer.set_readable_name(get_op, nil)
-  lu.assertEquals(swig_type(op), "userdata (unknown type)")
-  local set_op = module.set_op_t()
-  local ok, message = pcall(get_flag, set_op)
-  lu.assertFalse(ok)
-  lu.assertStrContains(message, "Error in get_op_t_flag_get (arg 1), expected 'void*' got 'struct tq_mom_set_op_s *|")
-  ok, message = pcall(support.getter("set_op_t", "flag"), op)
-  lu.assertFalse(ok)
-  lu.assertStrContains(message, "got 'userdata (unknown type)'")
-  ok, message = pcall(module.get_ext, nil, 0, set_op, nil)
-  lu.assertFalse(ok)
-  lu.assertStrContains(message, "Error in get_ext (arg 3), expected 'void*' got")
-end
-
-function TestNames:test_another_name_is_shown_at_once()
-  peer.set_readable_name(get_op, "renamed *")
-  lu.assertEquals(swig_type(module.get_op_t()), "renamed *")
-  lu.assertErrorMsgContains("expected 'renamed *' got 'struct", get_flag, module.set_op_t())
 end
 
 TestEquality = {}

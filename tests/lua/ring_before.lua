@@ -53,6 +53,7 @@ local first = peer.register_module {
   { mangled = "_p_tq_mom_set_res_s", readable = "set result *", casts = {} },
   { mangled = "_p_tq_mom_list_res_s", readable = "list result *", casts = { { "_p_ring_listed" } } },
   { mangled = "_p_void", readable = "void *" },
+  { mangled = "_p_tq_mom_setnx_res_s" }, -- without a readable name
   { mangled = "_p_zzz", readable = "zzz *" },
   { mangled = "_a", readable = "a *" },
 }
@@ -72,6 +73,7 @@ local shared = {
   _p_tq_mom_list_res_s = peer.find "_p_tq_mom_list_res_s",
   _p_tq_mom_hash_res_s = peer.find "_p_tq_mom_hash_res_s",
   _p_tq_mom_incr_res_s = peer.find "_p_tq_mom_incr_res_s",
+  _p_tq_mom_setnx_res_s = peer.find "_p_tq_mom_setnx_res_s",
   _p_void = peer.find "_p_void",
 }
 local obj_class = peer.type(shared._p_tq_obj).class
@@ -108,7 +110,7 @@ function TestRing:test_descriptors_are_shared_by_mangled_name()
       lu.assertEquals(descriptor, info.own_types[i], mangled)
     end
   end
-  lu.assertEquals(found, 7)
+  lu.assertEquals(found, 8)
   lu.assertTrue(info.terminated)
 end
 
@@ -119,6 +121,18 @@ function TestRing:test_the_shared_descriptor_gives_the_name_in_messages()
   lu.assertFalse(ok)
   lu.assertEquals(message, "Error in tq_mom_get_res_t_error_code_get (arg 1), expected 'first's get result *' got "
     .. "'list result *'")
+end
+
+function TestRing:test_a_shared_descriptor_without_a_readable_name()
+  local nameless, named = module.tq_mom_setnx_res_t(), module.tq_mom_list_res_t()
+  lu.assertEquals(swig_type(nameless), "userdata (unknown type)")
+  local ok, message = pcall(support.getter("tq_mom_setnx_res_t", "value"), named)
+  lu.assertFalse(ok)
+  lu.assertEquals(message, "Error in tq_mom_setnx_res_t_value_get (arg 1), expected 'void*' got 'list result *'")
+  ok, message = pcall(support.getter("tq_mom_list_res_t", "error_code"), nameless)
+  lu.assertFalse(ok)
+  lu.assertEquals(message, "Error in tq_mom_list_res_t_error_code_get (arg 1), expected 'list result *' got "
+    .. "'userdata (unknown type)'")
 end
 
 TestClassRecords = {}

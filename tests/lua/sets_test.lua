@@ -52,9 +52,9 @@ function TestSets:test_releasing_a_number()
 end
 
 function TestSets:test_conversions_name_the_lua_function()
-  support.raises("Error in sadd_ext (arg 3), expected 'struct tq_mom_sadd_op_s *|tq_mom_sadd_op_s *|tq_mom_sadd_op_t *' " ..
-    "got 'struct tq_mom_srem_op_s *|tq_mom_srem_op_s *|tq_mom_srem_op_t *'", tq.sadd_ext, self.global, 0, tq.srem_op_t(),
-    self.key)
+  support.raises("Error in sadd_ext (arg 3), expected 'struct tq_mom_sadd_op_s *|tq_mom_sadd_op_s *|" ..
+    "tq_mom_sadd_op_t *' got 'struct tq_mom_srem_op_s *|tq_mom_srem_op_s *|tq_mom_srem_op_t *'", tq.sadd_ext,
+    self.global, 0, tq.srem_op_t(), self.key)
 end
 
 support.run()

@@ -127,8 +127,8 @@ function TestSortedSets:test_bounds()
   local calls = recorder.calls()
   luaunit.assertEquals({calls[1][4], calls[1][5]}, {0.5, 2.5})
   luaunit.assertEquals({calls[2][4], calls[2][5]}, {0, -1})
-  support.raises("Error in tq_mom_zcount_sync (arg 4), expected 'double' got 'string'", tq.zcount, self.global, 0, self.a,
-    "low", 1)
+  support.raises("Error in tq_mom_zcount_sync (arg 4), expected 'double' got 'string'", tq.zcount, self.global, 0,
+    self.a, "low", 1)
 end
 
 function TestSortedSets:test_a_name_is_no_key()

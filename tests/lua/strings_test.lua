@@ -155,7 +155,8 @@ function TestStrings:test_release_functions_check_their_argument()
   support.raises("Error in tq_mom_get_res_free (arg 1), expected 'tq_mom_get_res_t *' got 'number'", tq.get_res_free, 1)
   support.raises("Error in tq_mom_incr_res_free expected 1..1 args, got 0", tq.incr_res_free)
   support.raises("Error in incr_res_free (arg 1), expected 'struct tq_mom_incr_res_s *|tq_mom_incr_res_s *|" ..
-    "tq_mom_incr_res_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.incr_res_free, self.key)
+    "tq_mom_incr_res_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.incr_res_free,
+    self.key)
   support.no_call()
   tq.tq_obj_free("text")
   luaunit.assertEquals(support.only_call()[1], 0)

@@ -1,5 +1,5 @@
--- What all test files share: the module under test bound to the recording client library, checks of messages, and access
--- to native memory.
+-- What all test files share: the module under test bound to the recording client library, checks of messages, and
+-- access to native memory.
 local luaunit = require "luaunit"
 local recorder = require "recorder" -- before the module, which takes its client functions from it
 local tq = require "tq_mom_sync"
@@ -49,8 +49,8 @@ end
 -- Assigning, in a script, raises the text after the script's position.
 function support.assignment_raises(text, object, name, value)
   local info = debug.getinfo(support.set_field, "S")
-  support.raises_bare(string.format("%s:%d: %s", info.short_src, info.linedefined, text), support.set_field, object, name,
-    value)
+  support.raises_bare(string.format("%s:%d: %s", info.short_src, info.linedefined, text), support.set_field, object,
+    name, value)
 end
 
 -- f raises the text and nothing else.

@@ -595,12 +595,6 @@ static int SetBase(lua_State* L) {
   return 0;
 }
 
-static int SetReadableName(lua_State* L) {
-  type_descriptor* type = CheckLight(L, 1);
-  type->readable_name = lua_isnil(L, 2) ? NULL : CopyText(L, luaL_checkstring(L, 2));
-  return 0;
-}
-
 /* add_cast(type, target, converter, "front" | "back") */
 static int AddCast(lua_State* L) {
   static const char* const places[] = {"front", "back", NULL};
@@ -660,12 +654,6 @@ static int PeekInt(lua_State* L) {
   memcpy(&value, (char*)CheckLight(L, 1) + luaL_optinteger(L, 2, 0) * (lua_Integer)sizeof value, sizeof value);
   lua_pushinteger(L, value);
   return 1;
-}
-
-static int PokeInt(lua_State* L) {
-  int value = (int)luaL_checkinteger(L, 3);
-  memcpy((char*)CheckLight(L, 1) + luaL_checkinteger(L, 2) * (lua_Integer)sizeof value, &value, sizeof value);
-  return 0;
 }
 
 static int Offset(lua_State* L) {
@@ -904,14 +892,12 @@ __attribute__((visibility("default"))) int luaopen_ring_peer(lua_State* L) {
                                        {"class", Class},
                                        {"set_class", SetClass},
                                        {"set_base", SetBase},
-                                       {"set_readable_name", SetReadableName},
                                        {"add_cast", AddCast},
                                        {"take_casts", TakeCasts},
                                        {"put_casts", PutCasts},
                                        {"rename_class", RenameClass},
                                        {"alloc", Alloc},
                                        {"peek_int", PeekInt},
-                                       {"poke_int", PokeInt},
                                        {"offset", Offset},
                                        {"new_handle", NewHandle},
                                        {"words", Words},

@@ -13,9 +13,6 @@ assert(package.loadlib(path_of "tq_client_stub", "*"))
 
 M.peer = require "ring_peer"
 
---- The code that a further interpreter runs before it can load the module.
-M.state_preamble = "local peer = (require 'ring_support').peer\n"
-
 local function read_file(name)
   local file = assert(io.open(name, "rb"))
   local text = file:read "a"
@@ -39,15 +36,6 @@ function M.child(code)
   os.remove(out)
   os.remove(err)
   return result
-end
-
---- Light userdata of the ring's modules as a set of places: module record -> index.
-function M.ring_places()
-  local places = {}
-  for i, module in ipairs(M.peer.ring()) do
-    places[module] = i
-  end
-  return places
 end
 
 --- A type's cast list as the targets' mangled names.

@@ -1,0 +1,27 @@
+# The library exports what the headers declare, and nothing else.
+set(declared "")
+foreach(header IN LISTS HEADERS)
+  file(READ ${header} text)
+  string(REGEX MATCHALL "tq_[a-z_]+\\(" names "${text}")
+  list(APPEND declared ${names})
+endforeach()
+list(TRANSFORM declared REPLACE "\\($" "")
+list(REMOVE_DUPLICATES declared)
+list(SORT declared)
+
+execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY} OUTPUT_VARIABLE symbols
+                COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
+list(TRANSFORM symbols REPLACE " .*" "" OUTPUT_VARIABLE exported)
+list(SORT exported)
+
+list(LENGTH declared count)
+if(NOT declared STREQUAL exported)
+  set(missing ${declared})
+  list(REMOVE_ITEM missing ${exported})
+  set(extra ${exported})
+  list(REMOVE_ITEM extra ${declared})
+  message(FATAL_ERROR "not exported: ${missing}\nexported without need: ${extra}")
+elseif(count LESS 100)
+  message(FATAL_ERROR "found only ${count} declarations")
+endif()
