@@ -22,8 +22,8 @@ struct Names {
 
 }  // namespace
 
-void Description::CheckKinds(lua_State* L) const {
-  Names names(*this);
+void CommandSite::CheckKinds(lua_State* L) const {
+  Names names(*command);
   tq_mom::CheckKinds(L, names.callee);
 }
 

@@ -44,6 +44,10 @@ struct Description {
   std::uint8_t count;
   TypeId result;  // of a pointer result
   Parameter parameters[kMaxParameters];
+};
+
+struct CommandSite {
+  const Description* command;
 
   [[gnu::cold]] void CheckKinds(lua_State* L) const;
 };
@@ -127,7 +131,7 @@ const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements);
   bool converted = true;
   switch (kind) {
     case Kind::kHandle:
-      converted = Convert(L, index, &slot->pointer, command.parameters[index - 1].type, command);
+      converted = Convert(L, index, &slot->pointer, command.parameters[index - 1].type, CommandSite{&command});
       break;
     case Kind::kKey:
       slot->pointer = binding::UntypedPointerAt(L, index);
@@ -178,18 +182,12 @@ template <Kind... kind>
   ((ReadArgument(L, command, ++index, kind, slots, slot), slot += IsArray(kind) ? 2 : 1), ...);
 }
 
-#ifdef __OPTIMIZE_SIZE__
-inline constexpr bool kReadByKind = false;
-#else
-inline constexpr bool kReadByKind = true;
-#endif
-
 template <class T>
 using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, const char*>, void*, T>;
 
 inline void PushResult(lua_State* L, int result, const Description&) { lua_pushnumber(L, result); }
 inline void PushResult(lua_State* L, void* result, const Description& command) {
-  binding::PushClassHandle(L, result, TypeSlot(command.result), 0);
+  binding::PushClassHandle(L, result, TypeSlot(command.result), binding::PushClassTableOfClosure(L));
 }
 
 // Calls the client function and pushes its results. Pointers are all `void *` here, so that one instance serves all
@@ -220,10 +218,10 @@ struct Kinds {};
 template <bool has_out, class Result, class... Argument, Kind... kind>
 int Invoke(lua_State* L, const Command& command, List<Argument...>, Kinds<kind...>) {
   Slot slots[sizeof...(Argument)];
-  if constexpr (kReadByKind) {
-    ReadArgumentsOfKinds<kind...>(L, command.description, slots);
-  } else {
+  if constexpr (kOptimizeForSize) {
     ReadArguments(L, command.description, slots);
+  } else {
+    ReadArgumentsOfKinds<kind...>(L, command.description, slots);
   }
   return CallClient<has_out, Result, Argument...>(L, command, slots, (IsArray(kind) || ...),
                                                   std::index_sequence_for<Argument...>());

@@ -17,14 +17,15 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   if (context == nullptr) return 0;
   const auto* scan = static_cast<const ScanContext*>(context);
   lua_State* L = scan->callback.state;
+  int class_table = binding::PushClassTableOfClosure(L);
   swiglua_ref_get(&scan->callback);
-  binding::PushClassHandle(L, g, TypeSlot(TypeId::_p_tq_global_s), 0);
-  binding::PushClassHandle(L, message, TypeSlot(TypeId::_p_tq_mom_pubsub_msg_s), 0, binding::kClassName + 1);
+  binding::PushClassHandle(L, g, TypeSlot(TypeId::_p_tq_global_s), class_table);
+  binding::PushClassHandle(L, message, TypeSlot(TypeId::_p_tq_mom_pubsub_msg_s), class_table, binding::kClassName + 1);
   swiglua_ref_get(&scan->argument);
-  if (!lua_isfunction(L, -4)) return 0;
+  if (!lua_isfunction(L, class_table + 1)) return 0;
   lua_call(L, 3, 1);
-  int stop = lua_isinteger(L, -1) ? static_cast<int>(static_cast<std::uint32_t>(lua_tointeger(L, -1))) : 0;
-  lua_pop(L, 1);
+  int stop = lua_isinteger(L, -1) ? static_cast<int>(lua_tointegerx(L, -1, nullptr)) : 0;
+  lua_settop(L, class_table - 1);
   return stop;
 }
 

@@ -26,11 +26,13 @@ static_assert(CountAll(kCasts) == 24);
 // Pushes the function; one that makes handles of classes is a closure over what finds the classes.
 void PushFunction(lua_State* L, const Function& function) {
   int upvalues = 0;
-  if (*ClassName(function.results[0]) != '\0') {
-    binding::PushHandleUpvalues(L, ClassName(function.results[0]));
-    upvalues = binding::kClassName;
-    if (*ClassName(function.results[1]) != '\0') {
-      lua_pushstring(L, ClassName(function.results[1]));
+  for (TypeId result : function.results) {
+    if (result == TypeId::_p_void || *ClassName(result) == '\0') break;
+    if (upvalues == 0) {
+      binding::PushHandleUpvalues(L, ClassName(result));
+      upvalues = binding::kClassName;
+    } else {
+      lua_pushstring(L, ClassName(result));
       ++upvalues;
     }
   }

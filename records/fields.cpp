@@ -15,7 +15,7 @@ struct Names {
         conversions{ClassName(accessor.field.record), "_", accessor.field.name,
                     accessor.access == Access::kGet ? "_get" : "_set", nullptr},
         parameters{{Kind::kHandle, accessor.field.record}, {accessor.field.setter_kind, accessor.field.value_type}},
-        callee{parameters, accessor.access == Access::kGet ? 1 : 2, Spelling::kStructure, checks, conversions} {}
+        callee{parameters, accessor.count(), Spelling::kStructure, checks, conversions} {}
 
   binding::Piece checks[5];
   binding::Piece conversions[5];
@@ -74,6 +74,13 @@ void Accessor::Reject(lua_State* L, int argument) const {
   RejectArgument(L, names.callee, argument, nullptr);
 }
 
+char* OtherMember(lua_State* L, Accessor accessor) {
+  if (lua_gettop(L) != accessor.count()) accessor.RejectCount(L);
+  void* record;
+  if (!Convert(L, 1, &record, accessor.field.record, accessor)) accessor.Reject(L, 1);
+  return record != nullptr ? static_cast<char*>(record) + accessor.field.offset : nullptr;
+}
+
 void SizeField::Push(lua_State* L, const char* member, const Field&) {
   lua_pushnumber(L, static_cast<double>(Load<std::size_t>(member)));
 }
@@ -102,7 +109,12 @@ bool DoubleField::Store(lua_State* L, char* member, const Field&) {
 }
 
 void CharArrayField::Push(lua_State* L, const char* member, const Field& field) {
-  lua_pushlstring(L, member, strnlen(member, field.extent));
+  // A string at an address that was pushed before is found by that, without hashing it.
+  if (member[field.extent - 1] == '\0') {
+    lua_pushstring(L, member);
+  } else {
+    lua_pushlstring(L, member, strnlen(member, field.extent));
+  }
 }
 
 bool CharArrayField::Store(lua_State* L, char* member, const Field& field) {

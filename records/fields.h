@@ -34,18 +34,25 @@ struct Accessor {
   const Field& field;
   Access access;
 
+  int count() const { return access == Access::kGet ? 1 : 2; }
   [[gnu::cold]] void CheckKinds(lua_State* L) const;
   [[noreturn, gnu::cold]] void RejectCount(lua_State* L) const;
   [[noreturn, gnu::cold]] void Reject(lua_State* L, int argument) const;
 };
 
 // The member of the record at index 1; null when that is nil. Raises the errors of the record argument.
-inline char* MemberOf(lua_State* L, const Accessor& accessor) {
-  int arguments = accessor.access == Access::kGet ? 1 : 2;
-  if (lua_gettop(L) != arguments) accessor.RejectCount(L);
-  void* record;
-  if (!Convert(L, 1, &record, accessor.field.record, accessor)) accessor.Reject(L, 1);
-  return record != nullptr ? static_cast<char*>(record) + accessor.field.offset : nullptr;
+char* OtherMember(lua_State* L, Accessor accessor);
+
+// The same, fast for a handle of just the record's type.
+[[gnu::always_inline]] inline char* MemberOf(lua_State* L, Accessor accessor) {
+  if constexpr (!kOptimizeForSize) {
+    void* record;
+    if (lua_gettop(L) == accessor.count() && binding::ConvertExact(L, 1, &record, TypeSlot(accessor.field.record)) &&
+        record != nullptr) [[likely]] {
+      return static_cast<char*>(record) + accessor.field.offset;
+    }
+  }
+  return OtherMember(L, accessor);
 }
 
 // Each kind of field is a pair of functions. Push pushes the member's value. Store converts the value at index 2 and
@@ -273,9 +280,8 @@ template <class FieldKind>
 
 template <class FieldKind>
 [[gnu::noinline, gnu::noclone]] int SetShared(lua_State* L, const Field& field) {
-  Accessor accessor{field, Access::kSet};
-  char* member = MemberOf(L, accessor);
-  if (!FieldKind::Store(L, member, field)) accessor.Reject(L, 2);
+  char* member = MemberOf(L, {field, Access::kSet});
+  if (!FieldKind::Store(L, member, field)) Accessor{field, Access::kSet}.Reject(L, 2);
   return 0;
 }
 

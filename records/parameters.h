@@ -9,6 +9,13 @@
 
 namespace tq_mom {
 
+// Whether short code is worth more than a fast path of its own for each kind of argument or field.
+#ifdef __OPTIMIZE_SIZE__
+inline constexpr bool kOptimizeForSize = true;
+#else
+inline constexpr bool kOptimizeForSize = false;
+#endif
+
 enum class Kind : std::uint8_t {
   // Checked as numbers.
   kInt,
@@ -65,7 +72,7 @@ struct Callee {
 // Takes what is not an exact match of the expected type: nil, or a type that other modules let stand for it. The site's
 // kinds are checked before the cast list is reordered.
 template <class Site>
-[[gnu::noinline]] bool ConvertOther(lua_State* L, int index, void** pointer, TypeId type, const Site& site) {
+[[gnu::noinline]] bool ConvertOther(lua_State* L, int index, void** pointer, TypeId type, Site site) {
   if (lua_isnil(L, index)) {
     *pointer = nullptr;
     return true;
@@ -74,9 +81,10 @@ template <class Site>
   return binding::ConvertPtr(L, index, pointer, Type(type), 0) == 0;
 }
 
+// Takes a handle of the type, or nil. The site is where: it has the kinds of all arguments.
 template <class Site>
-[[gnu::always_inline]] inline bool Convert(lua_State* L, int index, void** pointer, TypeId type, const Site& site) {
-  return binding::ConvertExact(L, index, pointer, *Type(type)) || ConvertOther(L, index, pointer, type, site);
+[[gnu::always_inline]] inline bool Convert(lua_State* L, int index, void** pointer, TypeId type, Site site) {
+  return binding::ConvertExact(L, index, pointer, TypeSlot(type)) || ConvertOther(L, index, pointer, type, site);
 }
 
 }  // namespace tq_mom

@@ -11,61 +11,77 @@ namespace {
 constexpr unsigned Tenth(unsigned number) { return static_cast<unsigned>(std::uint64_t{number} * 0xCCCCCCCDU >> 35); }
 static_assert(Tenth(9) == 0 && Tenth(10) == 1 && Tenth(UINT32_MAX) == UINT32_MAX / 10);
 
-void AddNumber(luaL_Buffer* buffer, int number) {
-  char digits[12];
-  char* end = digits + sizeof(digits);
-  char* first = end;
-  unsigned rest = number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
-  do {
-    unsigned tenth = Tenth(rest);
-    *--first = static_cast<char>('0' + rest - tenth * 10);
-    rest = tenth;
-  } while (rest != 0);
-  if (number < 0) *--first = '-';
-  luaL_addlstring(buffer, first, static_cast<std::size_t>(end - first));
-}
+// Whether the running function is a dispatcher, which runs another function in its own frame.
+bool RunsUnderDispatcher(lua_State* L) { return lua_iscfunction(L, lua_upvalueindex(kDispatcherMark)); }
 
-template <std::size_t size>
-void AddLiteral(luaL_Buffer* buffer, const char (&text)[size]) {
-  luaL_addlstring(buffer, text, size - 1);
-}
+// An error message that is put together on the native stack; what does not fit goes to the Lua stack.
+class Message {
+ public:
+  explicit Message(lua_State* L) : L_(L) {}
 
-void AddPieces(luaL_Buffer* buffer, const Piece* pieces) {
-  for (; *pieces != nullptr; ++pieces) luaL_addstring(buffer, *pieces);
-}
-
-// Whether one of our dispatchers is the running function.
-bool RunsUnderDispatcher(lua_State* L) {
-  lua_Debug running;
-  if (!lua_getstack(L, 0, &running)) return false;
-  lua_getinfo(L, "f", &running);
-  bool dispatched = IsDispatcher(lua_tocfunction(L, -1));
-  lua_pop(L, 1);
-  return dispatched;
-}
-
-// Starts with the position of the function that called the running one: level 1, as luaL_where gives it.
-void StartMessage(lua_State* L, luaL_Buffer* buffer) {
-  lua_Debug caller;
-  bool positioned = false;
-  if (lua_getstack(L, 1, &caller)) {
-    lua_getinfo(L, "l", &caller);
-    positioned = caller.currentline > 0 && !RunsUnderDispatcher(L);
+  // Starts with the position of the function that called the running one: level 1, as luaL_where gives it.
+  void AddPosition() {
+    lua_Debug caller;
+    if (!lua_getstack(L_, 1, &caller)) return;
+    lua_getinfo(L_, "Sl", &caller);
+    if (caller.currentline <= 0 || RunsUnderDispatcher(L_)) return;
+    Add(caller.short_src);
+    Add(":");
+    Add(caller.currentline);
+    Add(": ");
   }
-  luaL_buffinit(L, buffer);
-  if (!positioned) return;
-  lua_getinfo(L, "S", &caller);
-  luaL_addstring(buffer, caller.short_src);
-  luaL_addchar(buffer, ':');
-  AddNumber(buffer, caller.currentline);
-  AddLiteral(buffer, ": ");
-}
 
-[[noreturn]] void Raise(lua_State* L, luaL_Buffer* buffer) {
-  luaL_pushresult(buffer);
-  lua_error(L);
-  __builtin_unreachable();
-}
+  // Hot, as it would else be compiled for size: nothing returns from where it is used.
+  [[gnu::hot]] void Add(const char* text, std::size_t length) {
+    if (length > sizeof(text_) - size_) Flush();
+    if (length > sizeof(text_)) {
+      lua_pushlstring(L_, text, length);
+      ++flushed_;
+      return;
+    }
+    std::memcpy(text_ + size_, text, length);
+    size_ += length;
+  }
+
+  void Add(const char* text) { Add(text, std::strlen(text)); }
+
+  void Add(const Piece* pieces) {
+    for (; *pieces != nullptr; ++pieces) Add(*pieces);
+  }
+
+  // Counts and line numbers: never negative.
+  void Add(int number) {
+    char digits[10];
+    char* first = digits + sizeof(digits);
+    auto rest = static_cast<unsigned>(number);
+    do {
+      unsigned tenth = Tenth(rest);
+      *--first = static_cast<char>('0' + rest - tenth * 10);
+      rest = tenth;
+    } while (rest != 0);
+    Add(first, static_cast<std::size_t>(digits + sizeof(digits) - first));
+  }
+
+  [[noreturn]] void Raise() {
+    Flush();
+    lua_concat(L_, flushed_);
+    lua_error(L_);
+    __builtin_unreachable();
+  }
+
+ private:
+  void Flush() {
+    luaL_checkstack(L_, 2, nullptr);
+    lua_pushlstring(L_, text_, size_);
+    ++flushed_;
+    size_ = 0;
+  }
+
+  lua_State* L_;
+  int flushed_ = 0;
+  std::size_t size_ = 0;
+  char text_[400];
+};
 
 }  // namespace
 
@@ -78,41 +94,41 @@ const char* TypeName(lua_State* L, int index) {
 
 void RaiseCountError(lua_State* L, const Piece* function, int expected) {
   int actual = lua_gettop(L);
-  luaL_Buffer message;
-  StartMessage(L, &message);
-  AddLiteral(&message, "Error in ");
-  AddPieces(&message, function);
-  AddLiteral(&message, " expected ");
-  AddNumber(&message, expected);
-  AddLiteral(&message, "..");
-  AddNumber(&message, expected);
-  AddLiteral(&message, " args, got ");
-  AddNumber(&message, actual);
-  Raise(L, &message);
+  Message message(L);
+  message.AddPosition();
+  message.Add("Error in ");
+  message.Add(function);
+  message.Add(" expected ");
+  message.Add(expected);
+  message.Add("..");
+  message.Add(expected);
+  message.Add(" args, got ");
+  message.Add(actual);
+  message.Raise();
 }
 
 void RaiseKindError(lua_State* L, const Piece* function, int argument, const char* expected,
                     std::size_t expected_length) {
   const char* actual = TypeName(L, argument);
-  luaL_Buffer message;
-  StartMessage(L, &message);
-  AddLiteral(&message, "Error in ");
-  AddPieces(&message, function);
-  AddLiteral(&message, " (arg ");
-  AddNumber(&message, argument);
-  AddLiteral(&message, "), expected '");
-  luaL_addlstring(&message, expected, expected_length);
-  AddLiteral(&message, "' got '");
-  luaL_addstring(&message, actual);
-  luaL_addchar(&message, '\'');
-  Raise(L, &message);
+  Message message(L);
+  message.AddPosition();
+  message.Add("Error in ");
+  message.Add(function);
+  message.Add(" (arg ");
+  message.Add(argument);
+  message.Add("), expected '");
+  message.Add(expected, expected_length);
+  message.Add("' got '");
+  message.Add(actual);
+  message.Add("'");
+  message.Raise();
 }
 
 void RaiseAtCaller(lua_State* L, const Piece* pieces) {
-  luaL_Buffer message;
-  StartMessage(L, &message);
-  AddPieces(&message, pieces);
-  Raise(L, &message);
+  Message message(L);
+  message.AddPosition();
+  message.Add(pieces);
+  message.Raise();
 }
 
 void RaiseNegativeError(lua_State* L) {

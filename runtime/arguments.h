@@ -18,13 +18,13 @@ using Piece = const char*;
 //
 // The script's position goes before the message, but not where a dispatcher of this module called the running function:
 // the caller's level is then a C function.
-[[noreturn, gnu::cold]] void RaiseCountError(lua_State* L, const Piece* function, int expected);
-[[noreturn, gnu::cold]] void RaiseKindError(lua_State* L, const Piece* function, int argument, const char* expected,
-                                            std::size_t expected_length);
-[[noreturn, gnu::cold]] void RaiseAtCaller(lua_State* L, const Piece* message);
-[[noreturn, gnu::cold]] void RaiseNegativeError(lua_State* L);
+[[noreturn]] void RaiseCountError(lua_State* L, const Piece* function, int expected);
+[[noreturn]] void RaiseKindError(lua_State* L, const Piece* function, int argument, const char* expected,
+                                 std::size_t expected_length);
+[[noreturn]] void RaiseAtCaller(lua_State* L, const Piece* message);
+[[noreturn]] void RaiseNegativeError(lua_State* L);
 // Raises the text as it stands.
-[[noreturn, gnu::cold]] void RaiseBare(lua_State* L, const char* message);
+[[noreturn]] void RaiseBare(lua_State* L, const char* message);
 
 // Number conversions truncate toward zero and saturate at the ends of the target type; NaN gives 0. False when the
 // value is neither a number nor a string that converts to one.

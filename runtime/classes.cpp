@@ -16,9 +16,12 @@ int Disown(lua_State* L) {
 }
 
 int Collect(lua_State* L) {
-  TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
   const Handle* handle = HandleAt(L, -1);
-  if (handle == nullptr || handle->own == 0 || handle->type == nullptr) return 0;
+  if (handle == nullptr) {
+    TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
+    return 0;
+  }
+  if (handle->own == 0 || handle->type == nullptr) return 0;
   const ClassRecord* record = handle->type->class_record;
   if (record != nullptr && record->destructor != nullptr) record->destructor(handle->pointer);
   return 0;
@@ -171,7 +174,7 @@ void AddInheritedStatics(lua_State* L, const ClassRecord& record) {
 
 }  // namespace
 
-int CallInheritedMetamethod(lua_State* L) {
+TQ_CLOSURE int CallInheritedMetamethod(lua_State* L) {
   const auto* record = static_cast<const ClassRecord*>(lua_touserdata(L, lua_upvalueindex(2)));
   int arguments = lua_gettop(L);
   lua_pushvalue(L, lua_upvalueindex(1));

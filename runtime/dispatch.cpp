@@ -4,16 +4,20 @@
 #include "runtime/handles.h"
 #include "runtime/invariant.h"
 
-// Set by the linker: this shared object's code lies between its first byte and its dynamic section.
-extern "C" [[gnu::visibility("hidden")]] const char __ehdr_start[];
-extern "C" [[gnu::visibility("hidden")]] const char _DYNAMIC[];
+// Set by the linker: the start of this shared object, and the section of the closures, which lies behind all other
+// code.
+#define TQ_LINKER_SYMBOL(name) [[gnu::visibility("hidden")]] extern const char name[]
+extern "C" {
+TQ_LINKER_SYMBOL(__ehdr_start);
+TQ_LINKER_SYMBOL(__start_tq_closures);
+}
 
 namespace binding {
 namespace {
 
 // The keys that the dispatchers look up are upvalues of their closures: ready strings, where a literal would be hashed
 // anew for each access.
-enum Key { kAccessors = 1, kBases, kItem, kMethods };
+enum Key { kAccessors = 1, kBases, kItem = kDispatcherMark + 1, kMethods };
 
 constexpr int kNotFound = -1;
 
@@ -27,16 +31,7 @@ void PushTable(lua_State* L, int table, Key key) {
 // and do without upvalues of its own. A debugger that counts calls wants the real call.
 bool MayRunInPlace(lua_State* L, lua_CFunction function) {
   auto address = reinterpret_cast<const char*>(function);
-  return address >= __ehdr_start && address < _DYNAMIC && !IsDispatcher(function) &&
-         function != CallInheritedMetamethod && lua_gethookmask(L) == 0;
-}
-
-// Whether the class of the metatable at index 3 has bases.
-bool HasBases(lua_State* L) {
-  PushTable(L, 3, kBases);
-  bool has_bases = lua_rawlen(L, -1) != 0;
-  lua_pop(L, 1);
-  return has_bases;
+  return address >= __ehdr_start && address < __start_tq_closures && lua_gethookmask(L) == 0;
 }
 
 // Runs `search` with each base's metatable in the place of the object's own, which is on the stack top, until it finds
@@ -125,14 +120,14 @@ int GetItem(lua_State* L) {
   return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
 }
 
-int MemberGet(lua_State* L) {
+TQ_CLOSURE int MemberGet(lua_State* L) {
   TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
   TQ_INVARIANT(lua_gettop(L) == 2, "first_arg == substack_start+1");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
   PushTable(L, 3, kAccessors);
   lua_pushvalue(L, 2);
-  lua_rawget(L, 4);
-  if (lua_CFunction getter = lua_tocfunction(L, 5)) {
+  lua_CFunction getter = lua_rawget(L, 4) == LUA_TFUNCTION ? lua_tocfunction(L, 5) : nullptr;
+  if (getter != nullptr) {
     if (MayRunInPlace(L, getter)) {
       lua_settop(L, 1);
       int results = getter(L);
@@ -145,13 +140,14 @@ int MemberGet(lua_State* L) {
   }
   PushTable(L, 3, kMethods);
   lua_pushvalue(L, 2);
-  lua_rawget(L, -2);
-  if (lua_isfunction(L, -1)) return 1;
-
-  lua_settop(L, 3);
-  bool has_bases = HasBases(L);
-  int results = has_bases ? SearchBases(L, GetFromBase) : kNotFound;
-  if (results != kNotFound) return results;
+  if (lua_rawget(L, 6) == LUA_TFUNCTION) return 1;
+  PushTable(L, 3, kBases);
+  bool has_bases = lua_rawlen(L, 8) != 0;
+  if (has_bases) {
+    lua_settop(L, 3);
+    int results = SearchBases(L, GetFromBase);
+    if (results != kNotFound) return results;
+  }
   lua_pushvalue(L, lua_upvalueindex(kItem));
   if (lua_rawget(L, 3) == LUA_TFUNCTION) {
     lua_pushvalue(L, 1);
@@ -161,7 +157,7 @@ int MemberGet(lua_State* L) {
   }
   if (!has_bases) return 0;
   lua_settop(L, 3);
-  results = SearchBases(L, GetItem);
+  int results = SearchBases(L, GetItem);
   return results == kNotFound ? 0 : results;
 }
 
@@ -191,7 +187,7 @@ int SetInBase(lua_State* L) {
   return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
 }
 
-int MemberSet(lua_State* L) {
+TQ_CLOSURE int MemberSet(lua_State* L) {
   TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
   TQ_INVARIANT(lua_gettop(L) == 3, "first_arg == substack_start+1");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
@@ -220,13 +216,18 @@ int MemberSet(lua_State* L) {
 }
 
 // The constructor may use the upvalues in front of it.
-constexpr int kConstructor = kClassName + 1;
+constexpr int kConstructor = kDispatcherMark;
+static_assert(kConstructor == kClassName + 1);
 
-int ConstructorProxy(lua_State* L) {
+TQ_CLOSURE int ConstructorProxy(lua_State* L) {
   TQ_INVARIANT(lua_istable(L, 1), "(lua_type(L, (1)) == 5)");
   lua_CFunction constructor = lua_tocfunction(L, lua_upvalueindex(kConstructor));
   if (MayRunInPlace(L, constructor)) {
-    lua_remove(L, 1);
+    if (lua_gettop(L) == 1) {
+      lua_settop(L, 0);
+    } else {
+      lua_remove(L, 1);
+    }
     int results = constructor(L);
     if (results != 1) lua_settop(L, lua_gettop(L) - results + 1);
   } else {
@@ -242,26 +243,24 @@ int ConstructorProxy(lua_State* L) {
 void PushMemberGetter(lua_State* L) {
   lua_pushliteral(L, ".get");
   lua_pushliteral(L, ".bases");
+  lua_pushcfunction(L, MemberGet);
   lua_pushliteral(L, "__getitem");
   lua_pushliteral(L, ".fn");
-  lua_pushcclosure(L, MemberGet, 4);
+  lua_pushcclosure(L, MemberGet, kMethods);
 }
 
 void PushMemberSetter(lua_State* L) {
   lua_pushliteral(L, ".set");
   lua_pushliteral(L, ".bases");
+  lua_pushcfunction(L, MemberSet);
   lua_pushliteral(L, "__setitem");
-  lua_pushcclosure(L, MemberSet, 3);
+  lua_pushcclosure(L, MemberSet, kItem);
 }
 
 void PushConstructorProxy(lua_State* L, const ClassRecord& record) {
   PushHandleUpvalues(L, record.qualified_name);
   lua_pushcfunction(L, record.constructor);
   lua_pushcclosure(L, ConstructorProxy, kConstructor);
-}
-
-bool IsDispatcher(lua_CFunction function) {
-  return function == MemberGet || function == MemberSet || function == ConstructorProxy;
 }
 
 }  // namespace binding

@@ -13,9 +13,12 @@ void PushMemberSetter(lua_State* L);
 // Pushes the function that makes Class(...) call the class's constructor.
 void PushConstructorProxy(lua_State* L, const ClassRecord& record);
 
-// Whether the function is one of the three above. They may run this module's functions in their own frame instead of
-// through lua_call.
-bool IsDispatcher(lua_CFunction function);
+// A dispatcher's upvalue of this number is a function; no other closure of ours has one there.
+inline constexpr int kDispatcherMark = 3;
+
+// Marks the Lua functions that have upvalues of their own. All of them lie in one section, so that a dispatcher can
+// tell them from the functions that may run in its own frame.
+#define TQ_CLOSURE [[gnu::section("tq_closures")]]
 
 }  // namespace binding
 

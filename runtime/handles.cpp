@@ -43,27 +43,6 @@ void AttachClass(lua_State* L, const TypeDescriptor* type) {
   }
 }
 
-// The same with the strings at hand. Another module may have given the type a class record of its own, and a function
-// may run without its upvalues: then it is the long way.
-void AttachClass(lua_State* L, TypeDescriptor** type, int name_upvalue) {
-  const ClassRecord* record = (*type)->class_record;
-  if (record == nullptr) return;
-  if (record->type == type) {
-    lua_pushvalue(L, lua_upvalueindex(kClassTableKey));
-    if (lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE) {
-      lua_pushvalue(L, lua_upvalueindex(name_upvalue));
-      if (lua_rawget(L, -2) == LUA_TTABLE) {
-        lua_setmetatable(L, -3);
-        lua_pop(L, 1);
-        return;
-      }
-      lua_pop(L, 1);
-    }
-    lua_pop(L, 1);
-  }
-  AttachClass(L, *type);
-}
-
 Handle* PushUnattached(lua_State* L, TypeDescriptor* type) {
   auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
   handle->type = type;
@@ -91,9 +70,29 @@ Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
   return handle;
 }
 
-Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int name_upvalue) {
+int PushClassTableOfClosure(lua_State* L) {
+  lua_pushvalue(L, lua_upvalueindex(kClassTableKey));
+  if (lua_rawget(L, LUA_REGISTRYINDEX) != LUA_TTABLE) {
+    lua_pop(L, 1);
+    PushClassTable(L);
+  }
+  return lua_gettop(L);
+}
+
+Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table, int name_upvalue) {
   Handle* handle = PushUnattached(L, *type);
-  AttachClass(L, type, name_upvalue);
+  const ClassRecord* record = (*type)->class_record;
+  if (record != nullptr && record->type == type) {
+    lua_pushvalue(L, lua_upvalueindex(name_upvalue));
+    if (lua_rawget(L, class_table) == LUA_TTABLE) {
+      lua_setmetatable(L, -2);
+      return handle;
+    }
+    lua_pop(L, 1);
+  }
+  // Another module may have given the type a class record of its own, and the running function may be a dispatcher,
+  // whose upvalues are others.
+  AttachClass(L, *type);
   return handle;
 }
 
@@ -107,14 +106,12 @@ void PushHandle(lua_State* L, void* pointer, TypeDescriptor* type, int own) {
   handle->own = own;
 }
 
-void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int own, int name_upvalue) {
+void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int class_table, int name_upvalue) {
   if (pointer == nullptr) {
     lua_pushnil(L);
     return;
   }
-  Handle* handle = PushEmptyClassHandle(L, type, name_upvalue);
-  handle->pointer = pointer;
-  handle->own = own;
+  PushEmptyClassHandle(L, type, class_table, name_upvalue)->pointer = pointer;
 }
 
 void PushHandleUpvalues(lua_State* L, const char* qualified_name) {

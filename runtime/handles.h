@@ -19,13 +19,17 @@ enum HandleUpvalue { kClassTableKey = 1, kClassName };
 // Pushes these upvalues, for lua_pushcclosure.
 void PushHandleUpvalues(lua_State* L, const char* qualified_name);
 
+// Pushes the class table in such a closure and returns its index.
+int PushClassTableOfClosure(lua_State* L);
+
 // The same as PushHandle, faster in such a closure. The slot is that of the class's own record.
-void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int own, int name_upvalue = kClassName);
+void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int class_table,
+                     int name_upvalue = kClassName);
 
 // Pushes a handle without a native object yet, for a caller that must have the handle before it allocates one. The
 // caller either sets pointer and own or drops the handle.
 Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type);
-Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int name_upvalue = kClassName);
+Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table, int name_upvalue = kClassName);
 
 // Pushes a userdata that holds a copy of the bytes behind the type and own words of a handle.
 void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescriptor* type);
@@ -49,13 +53,14 @@ inline constexpr int kDisown = 1;
 // when the value is neither.
 int ConvertPtr(lua_State* L, int index, void** pointer, TypeDescriptor* expected, int flags);
 
-// Converts without a look at the cast list's order: true when the handle's type heads the expected type's list.
-inline bool ConvertExact(lua_State* L, int index, void** pointer, const TypeDescriptor& expected) {
+// Converts a handle whose type heads the expected type's cast list, which is nearly every one; false for all other
+// values.
+[[gnu::always_inline]] inline bool ConvertExact(lua_State* L, int index, void** pointer,
+                                                TypeDescriptor* const* expected) {
   const Handle* handle = HandleAt(L, index);
-  const CastEntry* first = expected.casts;
-  if (handle == nullptr || first == nullptr || first->target_type != handle->type || first->converter != nullptr) {
-    return false;
-  }
+  if (handle == nullptr) return false;
+  const CastEntry* first = (*expected)->casts;
+  if (first == nullptr || first->target_type != handle->type || first->converter != nullptr) return false;
   *pointer = handle->pointer;
   return true;
 }
