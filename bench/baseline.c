@@ -641,7 +641,9 @@ static int HasNoBases(lua_State* L, int metatable) {
 }
 
 static int GetMember(lua_State* L) {
-  int got = lua_type(L, 1) == LUA_TUSERDATA && lua_getmetatable(L, 1);
+  assert(lua_isuserdata(L, 1));
+  assert(lua_gettop(L) == 2);
+  int got = lua_getmetatable(L, 1);
   assert(got);
   (void)got;
   lua_pushvalue(L, lua_upvalueindex(kGet));
@@ -677,7 +679,9 @@ static int GetMember(lua_State* L) {
 }
 
 static int SetMember(lua_State* L) {
-  int got = lua_type(L, 1) == LUA_TUSERDATA && lua_getmetatable(L, 1);
+  assert(lua_isuserdata(L, 1));
+  assert(lua_gettop(L) == 3);
+  int got = lua_getmetatable(L, 1);
   assert(got);
   (void)got;
   lua_pushvalue(L, lua_upvalueindex(kSet));

@@ -35,6 +35,7 @@ function(tq_add_module name)
     -Wl,-O1
     -Wl,--as-needed
     -Wl,-Bsymbolic
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/module.map
     -Wl,--hash-style=gnu
     -Wl,-z,relro
     -Wl,-z,nodelete

@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 
-#include "commands/arrays.h"
-
 namespace tq_mom {
 namespace {
 
@@ -33,18 +31,11 @@ void RejectCount(lua_State* L, const Description& command) {
 }
 
 void Reject(lua_State* L, const Description& command, int argument, const char* error, const Slot* slots) {
-  Description converted = command;
-  converted.count = static_cast<std::uint8_t>(argument - 1);
-  ReleaseArrays(converted, slots);
+  for (int i = 0; i < argument - 1; ++i, ++slots) {
+    if (IsArray(command.parameters[i].kind)) std::free((slots++)->pointer);
+  }
   Names names(command);
   RejectArgument(L, names.callee, argument, error);
-}
-
-void ReleaseArrays(const Description& command, const Slot* slots) {
-  const Slot* slot = slots;
-  for (int i = 0; i < command.count; ++i, ++slot) {
-    if (IsArray(command.parameters[i].kind)) std::free((slot++)->pointer);
-  }
 }
 
 timeval ToTimeout(double seconds) {
@@ -53,13 +44,6 @@ timeval ToTimeout(double seconds) {
   timeout.tv_sec = whole;
   timeout.tv_usec = binding::SaturateToInt((seconds - whole) * 1000000.0);
   return timeout;
-}
-
-const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements) {
-  int* count = &elements[1].integer;
-  if (kind == Kind::kIntegers) return BuildIntegers(L, index, &elements->pointer, count);
-  if (kind == Kind::kScores) return BuildScores(L, index, &elements->pointer, count);
-  return BuildMembers(L, index, &elements->pointer, count);
 }
 
 void ReadArguments(lua_State* L, const Description& command, Slot* slots) {

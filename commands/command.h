@@ -6,10 +6,12 @@
 #define TQ_COMMANDS_COMMAND_H
 
 #include <cstdint>
+#include <cstdlib>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
+#include "commands/arrays.h"
 #include "records/parameters.h"
 
 namespace tq_mom {
@@ -116,12 +118,15 @@ union Slot {
 [[noreturn, gnu::cold]] void Reject(lua_State* L, const Description& command, int argument, const char* error,
                                     const Slot* slots);
 
-void ReleaseArrays(const Description& command, const Slot* slots);
-
 timeval ToTimeout(double seconds);
 
 // Converts a table to an array and its length, in two slots. Returns null or the text of the error.
-const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements);
+inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements) {
+  int* count = &elements[1].integer;
+  if (kind == Kind::kIntegers) return BuildIntegers(L, index, &elements->pointer, count);
+  if (kind == Kind::kScores) return BuildScores(L, index, &elements->pointer, count);
+  return BuildMembers(L, index, &elements->pointer, count);
+}
 
 // Converts the argument at the index to the slot, or raises its error. The kind is the command's for this argument,
 // once more, so that code for one kind can be had by giving it as a constant.
@@ -190,11 +195,21 @@ inline void PushResult(lua_State* L, void* result, const Description& command) {
   binding::PushClassHandle(L, result, TypeSlot(command.result), binding::PushClassTableOfClosure(L));
 }
 
-// Calls the client function and pushes its results. Pointers are all `void *` here, so that one instance serves all
-// client functions of the same shape, whatever record types they take.
-template <bool has_out, class Result, class... Argument, std::size_t... index>
-[[gnu::always_inline]] inline int CallClient(lua_State* L, const Command& command, const Slot* slots, bool has_arrays,
-                                             std::index_sequence<index...>) {
+template <class... T>
+struct List {};
+template <Kind...>
+struct Kinds {};
+
+// Reads the arguments, calls the client function and pushes its results. Pointers are all `void *` here, so that one
+// instance serves all client functions of the same shape, whatever record types they take.
+template <bool has_out, class Result, class... Argument, Kind... kind, std::size_t... index>
+int Invoke(lua_State* L, const Command& command, List<Argument...>, Kinds<kind...>, std::index_sequence<index...>) {
+  Slot slots[sizeof...(Argument)];
+  if constexpr (kOptimizeForSize) {
+    ReadArguments(L, command.description, slots);
+  } else {
+    ReadArgumentsOfKinds<kind...>(L, command.description, slots);
+  }
   Result result;
   int out;
   if constexpr (has_out) {
@@ -204,27 +219,11 @@ template <bool has_out, class Result, class... Argument, std::size_t... index>
     auto function = reinterpret_cast<Result (*)(Argument...)>(command.function);
     result = function(slots[index].template Get<Argument>()...);
   }
-  if (has_arrays) ReleaseArrays(command.description, slots);
+  const Slot* slot = slots;
+  ((IsArray(kind) ? std::free(slot->pointer) : void(), slot += IsArray(kind) ? 2 : 1), ...);
   PushResult(L, result, command.description);
   if constexpr (has_out) lua_pushnumber(L, out);
   return has_out ? 2 : 1;
-}
-
-template <class... T>
-struct List {};
-template <Kind...>
-struct Kinds {};
-
-template <bool has_out, class Result, class... Argument, Kind... kind>
-int Invoke(lua_State* L, const Command& command, List<Argument...>, Kinds<kind...>) {
-  Slot slots[sizeof...(Argument)];
-  if constexpr (kOptimizeForSize) {
-    ReadArguments(L, command.description, slots);
-  } else {
-    ReadArgumentsOfKinds<kind...>(L, command.description, slots);
-  }
-  return CallClient<has_out, Result, Argument...>(L, command, slots, (IsArray(kind) || ...),
-                                                  std::index_sequence_for<Argument...>());
 }
 
 // A client function's type taken apart. A last `int *` is an out-value, which becomes a second result.
@@ -236,6 +235,7 @@ struct ClientFunction<Result (*)(Argument...)> {
   static constexpr bool kHasOut = false;
   using ErasedResult = Erased<Result>;
   using Arguments = List<Erased<Argument>...>;
+  using ArgumentIndexes = std::index_sequence_for<Argument...>;
 
   static constexpr Description Describe(const char* name, ClientName client_name) {
     Description command{name, client_name, 0, TypeId::_p_void, {}};
@@ -264,7 +264,8 @@ int CallCommand(lua_State* L, const Command& command, Describe) {
   return [&]<std::size_t... index>(std::index_sequence<index...>) {
     using Client = ClientFunction<Function>;
     return Invoke<Client::kHasOut, typename Client::ErasedResult>(L, command, typename Client::Arguments(),
-                                                                  Kinds<kDescription.parameters[index].kind...>());
+                                                                  Kinds<kDescription.parameters[index].kind...>(),
+                                                                  typename Client::ArgumentIndexes());
   }
   (std::make_index_sequence<kDescription.count>());
 }

@@ -25,7 +25,7 @@ class Message {
     if (!lua_getstack(L_, 1, &caller)) return;
     lua_getinfo(L_, "Sl", &caller);
     if (caller.currentline <= 0 || RunsUnderDispatcher(L_)) return;
-    Add(caller.short_src);
+    AddString(caller.short_src);
     Add(":");
     Add(caller.currentline);
     Add(": ");
@@ -43,10 +43,15 @@ class Message {
     size_ += length;
   }
 
-  void Add(const char* text) { Add(text, std::strlen(text)); }
+  void AddString(const char* text) { Add(text, std::strlen(text)); }
+
+  template <std::size_t size>
+  void Add(const char (&literal)[size]) {
+    Add(literal, size - 1);
+  }
 
   void Add(const Piece* pieces) {
-    for (; *pieces != nullptr; ++pieces) Add(*pieces);
+    for (; *pieces != nullptr; ++pieces) AddString(*pieces);
   }
 
   // Counts and line numbers: never negative.
@@ -119,7 +124,7 @@ void RaiseKindError(lua_State* L, const Piece* function, int argument, const cha
   message.Add("), expected '");
   message.Add(expected, expected_length);
   message.Add("' got '");
-  message.Add(actual);
+  message.AddString(actual);
   message.Add("'");
   message.Raise();
 }

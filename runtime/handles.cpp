@@ -31,6 +31,8 @@ void CreateClassTable(lua_State* L) {
   lua_setfield(L, -2, ".library");
 }
 
+}  // namespace
+
 void AttachClass(lua_State* L, const TypeDescriptor* type) {
   if (type == nullptr || type->class_record == nullptr) return;
   PushClassTable(L);
@@ -43,16 +45,6 @@ void AttachClass(lua_State* L, const TypeDescriptor* type) {
   }
 }
 
-Handle* PushUnattached(lua_State* L, TypeDescriptor* type) {
-  auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
-  handle->type = type;
-  handle->own = 0;
-  handle->pointer = nullptr;
-  return handle;
-}
-
-}  // namespace
-
 void PushClassTable(lua_State* L) {
   lua_pushstring(L, kClassTable);
   if (lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE) return;
@@ -62,56 +54,6 @@ void PushClassTable(lua_State* L) {
   lua_rawset(L, LUA_REGISTRYINDEX);
   lua_pushstring(L, kClassTable);
   TQ_INVARIANT_TABLE(lua_rawget(L, LUA_REGISTRYINDEX) == LUA_TTABLE);
-}
-
-Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
-  Handle* handle = PushUnattached(L, type);
-  AttachClass(L, type);
-  return handle;
-}
-
-int PushClassTableOfClosure(lua_State* L) {
-  lua_pushvalue(L, lua_upvalueindex(kClassTableKey));
-  if (lua_rawget(L, LUA_REGISTRYINDEX) != LUA_TTABLE) {
-    lua_pop(L, 1);
-    PushClassTable(L);
-  }
-  return lua_gettop(L);
-}
-
-Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table, int name_upvalue) {
-  Handle* handle = PushUnattached(L, *type);
-  const ClassRecord* record = (*type)->class_record;
-  if (record != nullptr && record->type == type) {
-    lua_pushvalue(L, lua_upvalueindex(name_upvalue));
-    if (lua_rawget(L, class_table) == LUA_TTABLE) {
-      lua_setmetatable(L, -2);
-      return handle;
-    }
-    lua_pop(L, 1);
-  }
-  // Another module may have given the type a class record of its own, and the running function may be a dispatcher,
-  // whose upvalues are others.
-  AttachClass(L, *type);
-  return handle;
-}
-
-void PushHandle(lua_State* L, void* pointer, TypeDescriptor* type, int own) {
-  if (pointer == nullptr) {
-    lua_pushnil(L);
-    return;
-  }
-  Handle* handle = PushEmptyHandle(L, type);
-  handle->pointer = pointer;
-  handle->own = own;
-}
-
-void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int class_table, int name_upvalue) {
-  if (pointer == nullptr) {
-    lua_pushnil(L);
-    return;
-  }
-  PushEmptyClassHandle(L, type, class_table, name_upvalue)->pointer = pointer;
 }
 
 void PushHandleUpvalues(lua_State* L, const char* qualified_name) {

@@ -9,8 +9,30 @@ namespace binding {
 // Pushes the interpreter's table of instance metatables by qualified class name, made on first use.
 void PushClassTable(lua_State* L);
 
+// Gives the new handle at the stack top the class of its type, if it has one.
+void AttachClass(lua_State* L, const TypeDescriptor* type);
+
+// Pushes a handle without a native object yet, for a caller that must have the handle before it allocates one. The
+// caller either sets pointer and own or drops the handle. The type may be null: unknown.
+inline Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
+  auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
+  handle->type = type;
+  handle->own = 0;
+  handle->pointer = nullptr;
+  if (type != nullptr && type->class_record != nullptr) AttachClass(L, type);
+  return handle;
+}
+
 // Pushes a handle, or nil for a null pointer. With `own`, collecting the handle frees the native object.
-void PushHandle(lua_State* L, void* pointer, TypeDescriptor* type, int own);
+inline void PushHandle(lua_State* L, void* pointer, TypeDescriptor* type, int own) {
+  if (pointer == nullptr) {
+    lua_pushnil(L);
+    return;
+  }
+  Handle* handle = PushEmptyHandle(L, type);
+  handle->pointer = pointer;
+  handle->own = own;
+}
 
 // What a Lua function that makes handles of a class is a closure over: the strings that find the class's metatable,
 // which would be hashed anew for each handle. More class names may follow.
@@ -20,16 +42,45 @@ enum HandleUpvalue { kClassTableKey = 1, kClassName };
 void PushHandleUpvalues(lua_State* L, const char* qualified_name);
 
 // Pushes the class table in such a closure and returns its index.
-int PushClassTableOfClosure(lua_State* L);
+inline int PushClassTableOfClosure(lua_State* L) {
+  lua_pushvalue(L, lua_upvalueindex(kClassTableKey));
+  if (lua_rawget(L, LUA_REGISTRYINDEX) != LUA_TTABLE) {
+    lua_pop(L, 1);
+    PushClassTable(L);
+  }
+  return lua_gettop(L);
+}
 
-// The same as PushHandle, faster in such a closure. The slot is that of the class's own record.
-void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int class_table,
-                     int name_upvalue = kClassName);
+// The same as PushEmptyHandle and PushHandle in such a closure. The slot is that of the class's own record.
+inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table,
+                                    int name_upvalue = kClassName) {
+  auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
+  handle->type = *type;
+  handle->own = 0;
+  handle->pointer = nullptr;
+  const ClassRecord* record = (*type)->class_record;
+  if (record != nullptr && record->type == type) {
+    lua_pushvalue(L, lua_upvalueindex(name_upvalue));
+    if (lua_rawget(L, class_table) == LUA_TTABLE) {
+      lua_setmetatable(L, -2);
+      return handle;
+    }
+    lua_pop(L, 1);
+  }
+  // Another module may have given the type a class record of its own, and the running function may be a dispatcher,
+  // whose upvalues are others.
+  AttachClass(L, *type);
+  return handle;
+}
 
-// Pushes a handle without a native object yet, for a caller that must have the handle before it allocates one. The
-// caller either sets pointer and own or drops the handle.
-Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type);
-Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table, int name_upvalue = kClassName);
+inline void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int class_table,
+                            int name_upvalue = kClassName) {
+  if (pointer == nullptr) {
+    lua_pushnil(L);
+  } else {
+    PushEmptyClassHandle(L, type, class_table, name_upvalue)->pointer = pointer;
+  }
+}
 
 // Pushes a userdata that holds a copy of the bytes behind the type and own words of a handle.
 void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescriptor* type);

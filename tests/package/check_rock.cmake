@@ -3,7 +3,7 @@ cmake_minimum_required(VERSION 3.25)
 include(${SCRIPTS}/common.cmake)
 file(COPY ${SOURCE}/ DESTINATION ${WORK}/source PATTERN build EXCLUDE PATTERN build.luarocks EXCLUDE PATTERN .git EXCLUDE)
 execute_process(
-  COMMAND ${CMAKE_COMMAND} -E env CMAKE_GENERATOR=Ninja ${LUAROCKS} --lua-version 5.3 --tree ${WORK}/tree make
+  COMMAND ${LUAROCKS} --lua-version 5.3 --tree ${WORK}/tree make
   WORKING_DIRECTORY ${WORK}/source
   RESULT_VARIABLE result
   OUTPUT_VARIABLE output

@@ -1,0 +1,89 @@
+/* kit_probe: what the tests of the host kit need and no script can do. The client library must be loaded before it. */
+#include <errno.h>
+#include <lauxlib.h>
+#include <lua.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include "hostkit/kit.h"
+#include "hostkit/value_object.h"
+
+/* The third word of a handle. */
+static void* PointerAt(lua_State* L, int index) {
+  luaL_checktype(L, index, LUA_TUSERDATA);
+  luaL_argcheck(L, lua_rawlen(L, index) >= 3 * sizeof(void*), index, "handle expected");
+  return ((void**)lua_touserdata(L, index))[2];
+}
+
+/* live() -> results, objects: how many of the library's have not been released. */
+static int Live(lua_State* L) {
+  lua_pushinteger(L, (lua_Integer)tq_kit_live_results());
+  lua_pushinteger(L, (lua_Integer)tq_obj_live_count());
+  return 2;
+}
+
+/* sleep(milliseconds) */
+static int Sleep(lua_State* L) {
+  lua_Integer milliseconds = luaL_checkinteger(L, 1);
+  struct timespec left = {(time_t)(milliseconds / 1000), (long)(milliseconds % 1000) * 1000000};
+  while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+  }
+  return 0;
+}
+
+typedef struct {
+  lua_State* L;
+  int function;
+  int record;
+} Subscriber;
+
+/* Copies the message into the script's record and calls the script's function with it. */
+static void Deliver(tq_global_t* g, const tq_mom_pubsub_msg_t* message, void* context) {
+  const Subscriber* subscriber = context;
+  lua_State* L = subscriber->L;
+  (void)g;
+  luaL_checkstack(L, 4, NULL);
+  lua_rawgeti(L, LUA_REGISTRYINDEX, subscriber->function);
+  lua_rawgeti(L, LUA_REGISTRYINDEX, subscriber->record);
+  *(tq_mom_pubsub_msg_t*)PointerAt(L, -1) = *message;
+  lua_call(L, 1, 0);
+}
+
+/* subscribe(g, db, pattern, record, function) -> number, subscription */
+static int Subscribe(lua_State* L) {
+  tq_global_t* g = PointerAt(L, 1);
+  int db = (int)luaL_checkinteger(L, 2);
+  const char* pattern = luaL_checkstring(L, 3);
+  PointerAt(L, 4);
+  luaL_checktype(L, 5, LUA_TFUNCTION);
+  lua_settop(L, 5);
+  Subscriber* subscriber = lua_newuserdata(L, sizeof(*subscriber));
+  lua_replace(L, 1);
+  subscriber->L = L;
+  subscriber->function = luaL_ref(L, LUA_REGISTRYINDEX);
+  subscriber->record = luaL_ref(L, LUA_REGISTRYINDEX);
+  lua_pushinteger(L, tq_kit_subscribe(g, db, pattern, Deliver, subscriber));
+  lua_pushvalue(L, 1);
+  return 2;
+}
+
+/* unsubscribe(g, number, subscription) -> status */
+static int Unsubscribe(lua_State* L) {
+  const Subscriber* subscriber = lua_touserdata(L, 3);
+  lua_pushinteger(L, tq_kit_unsubscribe(PointerAt(L, 1), (int)luaL_checkinteger(L, 2)));
+  if (subscriber != NULL) {
+    luaL_unref(L, LUA_REGISTRYINDEX, subscriber->function);
+    luaL_unref(L, LUA_REGISTRYINDEX, subscriber->record);
+  }
+  return 1;
+}
+
+__attribute__((visibility("default"))) int luaopen_kit_probe(lua_State* L) {
+  static const luaL_Reg kFunctions[] = {{"live", Live},
+                                        {"sleep", Sleep},
+                                        {"subscribe", Subscribe},
+                                        {"unsubscribe", Unsubscribe},
+                                        {NULL, NULL}};
+  luaL_newlib(L, kFunctions);
+  return 1;
+}
