@@ -14,6 +14,12 @@ target_compile_options(
             $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
             $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>
             $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm" AND CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
+  option(TQ_THUMB "Compile the modules to Thumb code: 8 KiB less for more instructions" ON)
+  if(TQ_THUMB)
+    target_compile_options(tq_module_options INTERFACE -mthumb)
+  endif()
+endif()
 target_include_directories(tq_module_options SYSTEM INTERFACE ${TQ_LUA_INCLUDE_DIR})
 
 # tq_add_module(<name> <sources>...): a Lua module <name>.so that needs the C library only; Lua and the client library

@@ -1,0 +1,254 @@
+-- The tq_obj module.
+local luaunit = require "luaunit"
+local kit = require "kit"
+local tq, tq_obj, number, db = kit.tq, kit.tq_obj, kit.number, kit.db
+
+TestObjects = kit.suite()
+
+local function get(object, name) return object[name] end
+local function set(object, name, value) object[name] = value end
+
+local function raises(text, f, ...)
+  luaunit.assertErrorMsgContains(text, f, ...)
+end
+
+function TestObjects:testModule()
+  luaunit.assertTrue(rawequal(_G.tq_obj, tq_obj))
+  luaunit.assertTrue(rawequal(require "tq_obj", tq_obj))
+  local names = {}
+  for name in pairs(tq_obj) do names[#names + 1] = name end
+  luaunit.assertItemsEquals(names, {"new", "from", "bytes", "tq_obj"})
+end
+
+function TestObjects:testNew()
+  local object = tq_obj.new("k")
+  luaunit.assertEquals({object.key, object.value}, {"k", nil})
+  object = tq_obj.new("k", "v")
+  luaunit.assertEquals({object.key, object.value}, {"k", "v"})
+  object = tq_obj.tq_obj("k", "v") -- the class itself
+  luaunit.assertEquals({object.key, object.value}, {"k", "v"})
+  luaunit.assertEquals(tq_obj.new("", "").value, "")
+  luaunit.assertEquals(tq_obj.new("", "").key, "")
+  luaunit.assertEquals(tq_obj.new("a\0b", "c\0d").key, "a\0b")
+  luaunit.assertEquals(tq_obj.new("a\0b", "c\0d").value, "c\0d")
+  luaunit.assertNil(tq_obj.new("k", nil).value)
+  luaunit.assertEquals({tq_obj.new(5, 1.5).key, tq_obj.new(5, 1.5).value}, {"5", "1.5"})
+  luaunit.assertEquals(swig_type(object), "tq_obj *")
+end
+
+function TestObjects:testNewErrors()
+  for _, what in ipairs({{}, true, print, io.stdout}) do
+    raises("key of a tq_obj", tq_obj.new, what)
+    raises("value of a tq_obj", tq_obj.new, "k", what)
+    raises("key of a tq_obj", tq_obj.tq_obj, what)
+  end
+  raises("key of a tq_obj", tq_obj.new)
+  raises("key of a tq_obj", tq_obj.new, nil, "v")
+  raises("key of a tq_obj: string or nil expected, got tq_obj *", tq_obj.new, tq_obj.new("k"))
+end
+
+function TestObjects:testKeyAndValue()
+  local object = tq_obj.new("k", "v")
+  object.key = "other"
+  luaunit.assertEquals(object.key, "other")
+  object.value = "a\0b"
+  luaunit.assertEquals(object.value, "a\0b")
+  object.value = ""
+  luaunit.assertEquals(object.value, "")
+  object.value = nil
+  luaunit.assertNil(object.value)
+  object.value = 12
+  luaunit.assertEquals(object.value, "12")
+  object.value = object.value .. object.key
+  luaunit.assertEquals(object.value, "12other")
+  raises("key of a tq_obj", set, object, "key", nil)
+  raises("key of a tq_obj", set, object, "key", {})
+  raises("value of a tq_obj", set, object, "value", {})
+  raises("value of a tq_obj", set, object, "value", false)
+  luaunit.assertEquals({object.key, object.value}, {"other", "12other"})
+end
+
+function TestObjects:testNumberedFields()
+  local object = tq_obj.new("k")
+  luaunit.assertNil(object[3])
+  object[3] = "up"
+  object[0], object[4294967295], object[1] = "zero", "last", "a\0b"
+  object[2.0] = "two"
+  luaunit.assertEquals(object[3], "up")
+  luaunit.assertEquals(object[3.0], "up")
+  luaunit.assertEquals(object[2], "two")
+  luaunit.assertEquals(object:fields(), {[0] = "zero", "a\0b", "two", "up", [4294967295] = "last"})
+  object[3] = "down"
+  object[1] = nil
+  object[9] = nil
+  object[0] = ""
+  luaunit.assertEquals(object:fields(), {[0] = "", [2] = "two", [3] = "down", [4294967295] = "last"})
+  object[2] = 7
+  luaunit.assertEquals(object[2], "7")
+  luaunit.assertEquals({object.key, object.value}, {"k", nil})
+end
+
+function TestObjects:testFieldErrors()
+  local object = tq_obj.new("k")
+  for _, name in ipairs({-1, 4294967296, 1.5, math.huge, 0 / 0, math.maxinteger, 2 ^ 53}) do
+    raises("a tq_obj has no field", get, object, name)
+    raises("a tq_obj has no field", set, object, name, "v")
+  end
+  for _, name in ipairs({"color", "3", "", true, {}, print}) do
+    luaunit.assertNil(object[name])
+    raises("a tq_obj has no field", set, object, name, "v")
+  end
+  raises("field of a tq_obj", set, object, 3, {})
+  raises("field of a tq_obj", set, object, 3, true)
+  luaunit.assertEquals(object:fields(), {})
+end
+
+function TestObjects:testFieldsIsACopy()
+  local object = tq_obj.new("k")
+  object[1] = "a"
+  local fields = object:fields()
+  fields[1] = "b"
+  luaunit.assertEquals(object[1], "a")
+  raises("tq_obj expected", object.fields)
+  raises("tq_obj expected", object.fields, {})
+  raises("tq_obj expected, got struct tq_mom_get_op_s *", object.fields, tq.get_op_t())
+end
+
+function TestObjects:testToString()
+  luaunit.assertEquals(tostring(tq_obj.new("k")), "tq_obj(k)")
+  luaunit.assertEquals(tostring(tq_obj.new("k", "v")), "tq_obj(k = v)")
+  luaunit.assertEquals(tostring(tq_obj.new("a\0b", "")), "tq_obj(a\0b = )")
+  luaunit.assertEquals(tostring(tq_obj.new(string.rep("k", 5000), string.rep("v", 5000))),
+    "tq_obj(" .. string.rep("k", 5000) .. " = " .. string.rep("v", 5000) .. ")")
+end
+
+function TestObjects:testEquality()
+  local one, two = tq_obj.new("k", "v"), tq_obj.new("k", "v")
+  luaunit.assertTrue(one == one)
+  luaunit.assertFalse(one == two) -- equal contents, two objects
+  luaunit.assertTrue(one == tq_obj.from(one))
+  luaunit.assertTrue(swig_equals(one, tq_obj.from(one)))
+  luaunit.assertFalse(one == "k")
+end
+
+function TestObjects:testFrom()
+  local object = tq_obj.new("k", "v")
+  local event = tq.tq_thread()
+  event.zg = object
+  local from = tq_obj.from(event.zg)
+  luaunit.assertEquals({swig_type(event.zg), swig_type(from)}, {"void *", "tq_obj *"})
+  luaunit.assertEquals(from.value, "v")
+  from.value = "w"
+  luaunit.assertEquals(object.value, "w")
+  from = nil
+  collectgarbage()
+  collectgarbage()
+  luaunit.assertEquals(object.value, "w") -- collecting the second handle releases nothing
+  luaunit.assertNil(tq_obj.from(nil))
+  for _, what in ipairs({5, "text", {}, io.stdout, tq.get_op_t(), self.g}) do
+    raises("handle of a value object expected", tq_obj.from, what)
+  end
+  raises("handle of a value object expected", tq_obj.from)
+end
+
+function TestObjects:testBytes()
+  local record = tq.tq_mom_pubsub_msg_t()
+  local g = self.g
+  number(0, tq.set(g, db, tq_obj.new("k", "a\0bcd")))
+  tq.scan(g, db, tq_obj.new("k"), 0, function(_, message)
+    local element = tq.convertPtrToScanAllMsg(message)
+    luaunit.assertEquals(tq_obj.bytes(element.value, element.vlen), "a\0bcd")
+    luaunit.assertEquals(tq_obj.bytes(element.value, 3), "a\0b")
+    luaunit.assertEquals(tq_obj.bytes(element.value, 0), "")
+    record.value = element.value
+    luaunit.assertEquals(tq_obj.bytes(record.value, 2), "a\0")
+    record.value = nil
+  end, nil)
+  luaunit.assertEquals(tq_obj.bytes(nil, 0), "")
+  raises("handle expected", tq_obj.bytes, nil, 1)
+  raises("handle expected", tq_obj.bytes, "text", 4)
+  raises("handle expected", tq_obj.bytes, {}, 4)
+  raises("length expected", tq_obj.bytes, record, -1)
+  raises("length expected", tq_obj.bytes, record, 1.5)
+  raises("length expected", tq_obj.bytes, record, {})
+  raises("length expected", tq_obj.bytes, record)
+end
+
+-- What a released object's handles say.
+function TestObjects:testUseAfterRelease()
+  local object = tq_obj.new("k", "v")
+  local second = tq_obj.from(object)
+  object:__disown()
+  number(0, tq.tq_obj_free(object))
+  for _, handle in ipairs({object, second}) do
+    raises("released", get, handle, "key")
+    raises("released", get, handle, "value")
+    raises("released", get, handle, 1)
+    raises("released", set, handle, "key", "k")
+    raises("released", set, handle, "value", "v")
+    raises("released", set, handle, 1, "v")
+    raises("released", handle.fields, handle)
+    luaunit.assertEquals(tostring(handle), "tq_obj (released)")
+    raises("handle of a value object expected", tq_obj.from, handle)
+    number(kit.INPUT_ERR, tq.set(self.g, db, handle))
+    number(kit.INPUT_ERR, tq.tq_obj_free(handle))
+  end
+  luaunit.assertTrue(object == second)
+end
+
+-- An object that was released by hand while Lua owns it is not released twice.
+function TestObjects:testReleasedWhileOwned()
+  local object = tq_obj.new("k", "v")
+  number(0, tq.tq_obj_free(object))
+  luaunit.assertEquals(tostring(object), "tq_obj (released)")
+  object = nil
+  kit.assert_nothing_live()
+end
+
+function TestObjects:testLuaOwnsNewObjects()
+  for i = 1, 100 do tq_obj.new("k" .. i, "v") end
+  kit.assert_nothing_live()
+  local object = tq_obj.new("k", "v")
+  object:__disown()
+  local untyped = tq.tq_thread()
+  untyped.zg = object
+  object = nil
+  collectgarbage()
+  collectgarbage()
+  luaunit.assertEquals({kit.probe.live()}, {0, 1})
+  number(0, tq.tq_obj_free(tq_obj.from(untyped.zg)))
+end
+
+-- The objects of results are the results': the module gives them its class, but never releases them.
+function TestObjects:testObjectsOfResults()
+  local g = self.g
+  number(0, tq.set(g, db, tq_obj.new("k", "v")))
+  local result = tq.get_ext(g, db, nil, tq_obj.new("k"))
+  luaunit.assertEquals(tostring(result.value), "tq_obj(k = v)")
+  result.value.value = "w"
+  luaunit.assertEquals(result.value.value, "w")
+  collectgarbage()
+  collectgarbage()
+  luaunit.assertEquals(result.value.value, "w")
+  number(0, tq.get_res_free(result))
+end
+
+function TestObjects:testManyFields()
+  local object = tq_obj.new("k")
+  for tag = 2000, 1, -1 do object[tag] = "v" .. tag end
+  local fields = object:fields()
+  luaunit.assertEquals(#fields, 2000)
+  for tag = 1, 2000 do
+    luaunit.assertEquals(fields[tag], "v" .. tag)
+    if tag % 2 == 0 then object[tag] = nil end
+  end
+  luaunit.assertNil(object[2000])
+  luaunit.assertEquals(object[1999], "v1999")
+end
+
+function TestObjects:testEqualityAndNamesOfOthers()
+  luaunit.assertEquals(swig_type(tq_obj.new("k")), "tq_obj *")
+  luaunit.assertEquals(select("#", swig_equals(tq_obj.new("k"), 5)), 0)
+end
+
+kit.run()
