@@ -192,7 +192,12 @@ using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, con
 
 inline void PushResult(lua_State* L, int result, const Description&) { lua_pushnumber(L, result); }
 inline void PushResult(lua_State* L, void* result, const Description& command) {
-  binding::PushClassHandle(L, result, TypeSlot(command.result), binding::PushClassTableOfClosure(L));
+  binding::TypeDescriptor** type = TypeSlot(command.result);
+  if (result != nullptr && binding::HasOwnClass(type)) {
+    binding::PushClassHandle(L, result, type, binding::PushClassTableOfClosure(L));
+  } else {
+    binding::PushHandle(L, result, *type, 0);
+  }
 }
 
 template <class... T>
@@ -257,17 +262,17 @@ struct ClientFunction<Result (*)(A, B, C, D, int*)> : ClientFunction<Result (*)(
   static constexpr bool kHasOut = true;
 };
 
+template <class Client, class Describe, std::size_t... index>
+int CallCommand(lua_State* L, const Command& command, Describe describe, std::index_sequence<index...>) {
+  return Invoke<Client::kHasOut, typename Client::ErasedResult>(L, command, typename Client::Arguments(),
+                                                                Kinds<describe().parameters[index].kind...>(),
+                                                                typename Client::ArgumentIndexes());
+}
+
 // `Describe` is a stateless function object that gives the command's description.
 template <class Function, class Describe>
-int CallCommand(lua_State* L, const Command& command, Describe) {
-  constexpr Description kDescription = Describe()();
-  return [&]<std::size_t... index>(std::index_sequence<index...>) {
-    using Client = ClientFunction<Function>;
-    return Invoke<Client::kHasOut, typename Client::ErasedResult>(L, command, typename Client::Arguments(),
-                                                                  Kinds<kDescription.parameters[index].kind...>(),
-                                                                  typename Client::ArgumentIndexes());
-  }
-  (std::make_index_sequence<kDescription.count>());
+int CallCommand(lua_State* L, const Command& command, Describe describe) {
+  return CallCommand<ClientFunction<Function>>(L, command, describe, std::make_index_sequence<describe().count>());
 }
 
 // A size_t is unsigned int on some targets; a function that declares one says so.
@@ -285,17 +290,18 @@ constexpr Description WithSize(Description command) {
 #define TQ_DESCRIBE(lua_name, client_function) \
   tq_mom::ClientFunction<decltype(&client_function)>::Describe(#lua_name, tq_mom::NameFor(#client_function, #lua_name))
 
-#define TQ_FUNCTION(lua_name, client_function, description)                                                  \
-  tq_mom::Function {                                                                                         \
-#lua_name, [](lua_State* L) {                                                                              \
+// clang-format off
+#define TQ_FUNCTION(lua_name, client_function, description)                                                    \
+  tq_mom::Function {                                                                                           \
+    #lua_name,                                                                                                 \
+    [](lua_State* L) {                                                                                         \
       constexpr auto kDescribe = [] { return description; };                                                   \
       static const tq_mom::Command kCommand = {reinterpret_cast<void (*)()>(&client_function), kDescribe()};   \
       return tq_mom::CallCommand<decltype(&client_function)>(L, kCommand, kDescribe);                          \
     },                                                                                                         \
-        { \
-      (description).result                                                                                   \
-    }                                                                                                        \
+    {(description).result}                                                                                     \
   }
+// clang-format on
 
 // The Lua function that calls a client function.
 #define TQ_COMMAND(lua_name, client_function) \

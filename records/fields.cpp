@@ -23,19 +23,6 @@ struct Names {
   Callee callee;
 };
 
-template <class T>
-T Load(const char* member) {
-  T value;
-  std::memcpy(&value, member, sizeof(value));
-  return value;
-}
-
-template <class T>
-bool Save(char* member, T value) {
-  if (member != nullptr) std::memcpy(member, &value, sizeof(value));
-  return true;
-}
-
 // Pushes a table of the array's elements. The count is read again after each of them: a collection may run in between.
 template <class T, class PushElement>
 void PushArray(lua_State* L, const char* member, const Field& field, PushElement push_element) {

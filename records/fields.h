@@ -58,34 +58,33 @@ char* OtherMember(lua_State* L, Accessor accessor);
 // Each kind of field is a pair of functions. Push pushes the member's value. Store converts the value at index 2 and
 // stores it unless the member is null (the record was nil); false when the value cannot be converted.
 
-template <class T, class Convert>
-bool StoreInt(lua_State* L, char* member, Convert convert) {
-  int value;
-  if (!binding::ToInt(L, 2, &value)) return false;
-  if (member != nullptr) {
-    T stored = convert(value);
-    std::memcpy(member, &stored, sizeof(stored));
-  }
+template <class T>
+T Load(const char* member) {
+  T value;
+  std::memcpy(&value, member, sizeof(value));
+  return value;
+}
+
+template <class T>
+bool Save(char* member, T value) {
+  if (member != nullptr) std::memcpy(member, &value, sizeof(value));
   return true;
 }
 
-struct IntField {  // enumerations, too: any number is stored
-  static void Push(lua_State* L, const char* member, const Field&) {
-    int value;
-    std::memcpy(&value, member, sizeof(value));
-    lua_pushnumber(L, value);
-  }
+// Enumerations, too: any number is stored.
+struct IntField {
+  static void Push(lua_State* L, const char* member, const Field&) { lua_pushnumber(L, Load<int>(member)); }
   static bool Store(lua_State* L, char* member, const Field&) {
-    return StoreInt<int>(L, member, [](int value) { return value; });
+    int value;
+    return binding::ToInt(L, 2, &value) && Save(member, value);
   }
 };
 
 struct ShortField {
-  static void Push(lua_State* L, const char* member, const Field&) {
-    lua_pushnumber(L, *reinterpret_cast<const short*>(member));
-  }
+  static void Push(lua_State* L, const char* member, const Field&) { lua_pushnumber(L, Load<short>(member)); }
   static bool Store(lua_State* L, char* member, const Field&) {
-    return StoreInt<short>(L, member, [](int value) { return static_cast<short>(value); });
+    int value;
+    return binding::ToInt(L, 2, &value) && Save(member, static_cast<short>(value));
   }
 };
 

@@ -34,7 +34,6 @@ void CreateClassTable(lua_State* L) {
 }  // namespace
 
 void AttachClass(lua_State* L, const TypeDescriptor* type) {
-  if (type == nullptr || type->class_record == nullptr) return;
   PushClassTable(L);
   lua_pushstring(L, type->class_record->qualified_name);
   if (lua_rawget(L, -2) == LUA_TTABLE) {
@@ -71,7 +70,7 @@ void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescripto
   header->type = type;
   header->own = 0;
   std::memcpy(header + 1, bytes, size);
-  AttachClass(L, type);
+  if (type != nullptr && type->class_record != nullptr) AttachClass(L, type);
 }
 
 int ConvertPtr(lua_State* L, int index, void** pointer, TypeDescriptor* expected, int flags) {

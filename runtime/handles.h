@@ -9,7 +9,7 @@ namespace binding {
 // Pushes the interpreter's table of instance metatables by qualified class name, made on first use.
 void PushClassTable(lua_State* L);
 
-// Gives the new handle at the stack top the class of its type, if it has one.
+// Gives the new handle at the stack top the class of its type, which has one.
 void AttachClass(lua_State* L, const TypeDescriptor* type);
 
 // Pushes a handle without a native object yet, for a caller that must have the handle before it allocates one. The
@@ -51,6 +51,12 @@ inline int PushClassTableOfClosure(lua_State* L) {
   return lua_gettop(L);
 }
 
+// Whether the type has the class of the module whose slot it is in, and not that of another module.
+inline bool HasOwnClass(TypeDescriptor* const* type) {
+  const ClassRecord* record = (*type)->class_record;
+  return record != nullptr && record->type == type;
+}
+
 // The same as PushEmptyHandle and PushHandle in such a closure. The slot is that of the class's own record.
 inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table,
                                     int name_upvalue = kClassName) {
@@ -58,8 +64,7 @@ inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int cla
   handle->type = *type;
   handle->own = 0;
   handle->pointer = nullptr;
-  const ClassRecord* record = (*type)->class_record;
-  if (record != nullptr && record->type == type) {
+  if (HasOwnClass(type)) {
     lua_pushvalue(L, lua_upvalueindex(name_upvalue));
     if (lua_rawget(L, class_table) == LUA_TTABLE) {
       lua_setmetatable(L, -2);
@@ -67,9 +72,8 @@ inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int cla
     }
     lua_pop(L, 1);
   }
-  // Another module may have given the type a class record of its own, and the running function may be a dispatcher,
-  // whose upvalues are others.
-  AttachClass(L, *type);
+  // The running function may be a dispatcher, whose upvalues are others.
+  if ((*type)->class_record != nullptr) AttachClass(L, *type);
   return handle;
 }
 

@@ -87,8 +87,8 @@ int tq_mom_llen_ext_sync(tq_global_t* g, int db, tq_mom_llen_op_t* op, void* key
 tq_mom_lrange_res_t* tq_mom_lrange_sync(tq_global_t* g, int db, void* key, int start, int stop);
 tq_mom_lrange_res_t* tq_mom_lrange_ext_sync(tq_global_t* g, int db, tq_mom_lrange_op_t* op, void* key, int start,
                                             int stop);
-int tq_mom_linsert_sync(tq_global_t* g, int db, void* key, void* value, unsigned int where);
-int tq_mom_linsert_ext_sync(tq_global_t* g, int db, tq_mom_linsert_op_t* op, void* key, void* value,
+int tq_mom_linsert_sync(tq_global_t* g, int db, void* key, void* pivot, unsigned int where);
+int tq_mom_linsert_ext_sync(tq_global_t* g, int db, tq_mom_linsert_op_t* op, void* key, void* pivot,
                             unsigned int where);
 int tq_mom_lset_sync(tq_global_t* g, int db, void* key, int index);
 int tq_mom_lset_ext_sync(tq_global_t* g, int db, tq_mom_lset_op_t* op, void* key, int index);

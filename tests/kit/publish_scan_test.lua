@@ -227,24 +227,6 @@ function TestScan:testNested()
   luaunit.assertEquals(pairs_seen, {"aa", "ab", "ba", "bb"})
 end
 
--- An error leaves the scan; the store works on. The binding's own references stay behind, as they must.
-function TestScan:testCallbackFails()
-  local g = self.g
-  fill(g, {"a", "b"})
-  local calls = 0
-  local function fail()
-    calls = calls + 1
-    error({calls})
-  end
-  for i = 1, 3 do
-    local ok, err = pcall(tq.scan, g, db, key("*"), 0, fail, nil)
-    luaunit.assertFalse(ok)
-    luaunit.assertEquals(err, {i})
-  end
-  number(2, tq.scan(g, db, key("*"), 0, nil, nil))
-  luaunit.assertEquals(scanned(g, "*", 0), {"a", "b"})
-end
-
 function TestScan:testReferencesAreReleased()
   local g = self.g
   fill(g, {"a"})
