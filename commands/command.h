@@ -148,7 +148,7 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
       converted = binding::ToUnsigned(L, index, &slot->unsigned_integer);
       break;
     case Kind::kSize: {
-      std::uint32_t size;
+      std::uint32_t size = 0;
       converted = binding::ToUnsigned(L, index, &size);
       slot->size = size;
       break;

@@ -57,7 +57,7 @@ struct FieldList {
 
 template <class... Field>
 struct Fields {
-  constexpr Fields(Field... field) : list{field..., {}} {}
+  constexpr explicit Fields(Field... field) : list{field..., {}} {}
   binding::Attribute list[sizeof...(Field) + 1];
 };
 

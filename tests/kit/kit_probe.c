@@ -79,11 +79,8 @@ static int Unsubscribe(lua_State* L) {
 }
 
 __attribute__((visibility("default"))) int luaopen_kit_probe(lua_State* L) {
-  static const luaL_Reg kFunctions[] = {{"live", Live},
-                                        {"sleep", Sleep},
-                                        {"subscribe", Subscribe},
-                                        {"unsubscribe", Unsubscribe},
-                                        {NULL, NULL}};
+  static const luaL_Reg kFunctions[] = {
+      {"live", Live}, {"sleep", Sleep}, {"subscribe", Subscribe}, {"unsubscribe", Unsubscribe}, {NULL, NULL}};
   luaL_newlib(L, kFunctions);
   return 1;
 }

@@ -154,30 +154,6 @@ TEST_F(LuaMemory, Scan) {
       });
 }
 
-// When the scan's own registry references cannot be had, neither is left behind.
-TEST_F(LuaMemory, ScanReferences) {
-  ASSERT_EQ(L.Run("weak = setmetatable({}, {__mode = 'k'})\n"
-                  "function attempt()\n"
-                  "  local callback = function() return weak end\n"
-                  "  weak[callback] = true\n"
-                  "  entered = false\n"
-                  "  tq.scan(nil, 0, nil, 0, callback, {})\n"
-                  "end"),
-            "");
-  for (long number = 1;; ++number) {
-    ASSERT_LT(number, 1000);
-    lua_gc(L, LUA_GCCOLLECT, 0);
-    lua_getglobal(L, "attempt");
-    L.FailRequest(number, Failure::kFromThenOn);
-    lua_pcall(L, 0, 0, 0);
-    bool failed = L.AllowRequests();
-    lua_settop(L, 0);
-    EXPECT_EQ(L.Run("collectgarbage() collectgarbage() assert(next(weak) == nil, 'the callback is kept')"), "")
-        << number;
-    if (!failed) break;
-  }
-}
-
 // Native memory running out is an error or a nil, never a crash, and what was made before is released.
 TEST_F(LuaMemory, NativeRequests) {
   ASSERT_EQ(L.Run("member = tq.get_op_t()"), "");
