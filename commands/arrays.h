@@ -2,8 +2,6 @@
 #ifndef TQ_COMMANDS_ARRAYS_H
 #define TQ_COMMANDS_ARRAYS_H
 
-#include <cstdint>
-#include <cstdlib>
 #include <lua.hpp>
 
 namespace tq_mom {

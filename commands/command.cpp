@@ -47,7 +47,6 @@ timeval ToTimeout(double seconds) {
 }
 
 void ReadArguments(lua_State* L, const Description& command, Slot* slots) {
-  if (lua_gettop(L) != command.count) RejectCount(L, command);
   Slot* slot = slots;
   for (int index = 1; index <= command.count; ++index, ++slot) {
     Kind kind = command.parameters[index - 1].kind;

@@ -59,9 +59,9 @@ struct Command {
   Description description;
 };
 
-// How the checks see a native parameter.
+// How the checks see a native parameter. There is no default: a type that is not listed does not compile.
 template <class T>
-inline constexpr Parameter kParameterFor = {};
+extern const Parameter kParameterFor;
 template <class T>
 inline constexpr Parameter kParameterFor<T*> = {Kind::kHandle, kTypeOf<T>};
 template <>
@@ -181,7 +181,6 @@ void ReadArguments(lua_State* L, const Description& command, Slot* slots);
 // The same, with code of its own for each kind: faster by a quarter of a short command, and several KiB larger for all.
 template <Kind... kind>
 [[gnu::always_inline]] inline void ReadArgumentsOfKinds(lua_State* L, const Description& command, Slot* slots) {
-  if (lua_gettop(L) != static_cast<int>(sizeof...(kind))) RejectCount(L, command);
   int index = 0;
   Slot* slot = slots;
   ((ReadArgument(L, command, ++index, kind, slots, slot), slot += IsArray(kind) ? 2 : 1), ...);
@@ -190,14 +189,12 @@ template <Kind... kind>
 template <class T>
 using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, const char*>, void*, T>;
 
-inline void PushResult(lua_State* L, int result, const Description&) { lua_pushnumber(L, result); }
-inline void PushResult(lua_State* L, void* result, const Description& command) {
+// Pushes the handle for a pointer result. That comes before the call, as it may raise an error, which must find nothing
+// of the client's to lose.
+inline binding::Handle* PushResultHandle(lua_State* L, const Description& command) {
   binding::TypeDescriptor** type = TypeSlot(command.result);
-  if (result != nullptr && binding::HasOwnClass(type)) {
-    binding::PushClassHandle(L, result, type, binding::PushClassTableOfClosure(L));
-  } else {
-    binding::PushHandle(L, result, *type, 0);
-  }
+  return binding::HasOwnClass(type) ? binding::PushEmptyClassHandle(L, type, binding::PushClassTableOfClosure(L))
+                                    : binding::PushEmptyHandle(L, *type);
 }
 
 template <class... T>
@@ -209,6 +206,10 @@ struct Kinds {};
 // instance serves all client functions of the same shape, whatever record types they take.
 template <bool has_out, class Result, class... Argument, Kind... kind, std::size_t... index>
 int Invoke(lua_State* L, const Command& command, List<Argument...>, Kinds<kind...>, std::index_sequence<index...>) {
+  if (lua_gettop(L) != static_cast<int>(sizeof...(kind))) RejectCount(L, command.description);
+  constexpr bool kMakesHandle = std::is_pointer_v<Result>;
+  binding::Handle* handle = nullptr;
+  if constexpr (kMakesHandle) handle = PushResultHandle(L, command.description);
   Slot slots[sizeof...(Argument)];
   if constexpr (kOptimizeForSize) {
     ReadArguments(L, command.description, slots);
@@ -226,7 +227,13 @@ int Invoke(lua_State* L, const Command& command, List<Argument...>, Kinds<kind..
   }
   const Slot* slot = slots;
   ((IsArray(kind) ? std::free(slot->pointer) : void(), slot += IsArray(kind) ? 2 : 1), ...);
-  PushResult(L, result, command.description);
+  if constexpr (!kMakesHandle) {
+    lua_pushnumber(L, result);
+  } else if (result == nullptr) {
+    lua_pushnil(L);
+  } else {
+    handle->pointer = result;
+  }
   if constexpr (has_out) lua_pushnumber(L, out);
   return has_out ? 2 : 1;
 }

@@ -17,12 +17,16 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   if (context == nullptr) return 0;
   const auto* scan = static_cast<const ScanContext*>(context);
   lua_State* L = scan->callback.state;
+  luaL_checkstack(L, 8, nullptr);
   int class_table = binding::PushClassTableOfClosure(L);
   swiglua_ref_get(&scan->callback);
   binding::PushClassHandle(L, g, TypeSlot(TypeId::_p_tq_global_s), class_table);
   binding::PushClassHandle(L, message, TypeSlot(TypeId::_p_tq_mom_pubsub_msg_s), class_table, binding::kClassName + 1);
   swiglua_ref_get(&scan->argument);
-  if (!lua_isfunction(L, class_table + 1)) return 0;
+  if (!lua_isfunction(L, class_table + 1)) {
+    lua_remove(L, class_table);
+    return 0;
+  }
   lua_call(L, 3, 1);
   int stop = lua_isinteger(L, -1) ? static_cast<int>(lua_tointegerx(L, -1, nullptr)) : 0;
   lua_settop(L, class_table - 1);
@@ -38,6 +42,7 @@ constexpr int kUserArgument = 6;
 }  // namespace
 
 int Scan(lua_State* L) {
+  if (lua_gettop(L) != kScan.count) RejectCount(L, kScan);
   Slot slots[kUserArgument];
   ReadArguments(L, kScan, slots);
   auto scan = [&](tq_mom_scan_cb callback, void* context) {

@@ -96,7 +96,8 @@ int From(lua_State* L) {
 int Bytes(lua_State* L) {
   int is_integer;
   lua_Integer length = lua_tointegerx(L, 2, &is_integer);
-  if (!is_integer || length < 0) return luaL_error(L, "bad argument #2: length expected, got %s", luaL_typename(L, 2));
+  if (!is_integer || length < 0 || static_cast<lua_Unsigned>(length) > SIZE_MAX)
+    return luaL_error(L, "bad argument #2: length expected, got %s", luaL_typename(L, 2));
   const auto* bytes = static_cast<const char*>(binding::UntypedPointerAt(L, 1));
   if (bytes == nullptr && !(lua_isnil(L, 1) && length == 0)) {
     return luaL_error(L, "bad argument #1: handle expected, got %s", binding::TypeName(L, 1));
@@ -172,29 +173,27 @@ int ToString(lua_State* L) {
     lua_pushliteral(L, "tq_obj (released)");
     return 1;
   }
+  // A push may run the collector, which may release the object when this handle is not its owner.
   const auto* live = static_cast<const tq_obj*>(object);
   std::size_t length;
   const char* key = tq_obj_key(live, &length);
-  luaL_Buffer text;
-  luaL_buffinit(L, &text);
-  luaL_addstring(&text, "tq_obj(");
-  luaL_addlstring(&text, key, length);
-  if (const char* value = tq_obj_value(live, &length)) {
-    luaL_addstring(&text, " = ");
-    luaL_addlstring(&text, value, length);
+  PushBytes(L, key, length);
+  const char* value = tq_obj_is_live(object) ? tq_obj_value(live, &length) : nullptr;
+  PushBytes(L, value, length);
+  int value_index = lua_gettop(L);
+  lua_pushliteral(L, "tq_obj(");
+  lua_pushvalue(L, value_index - 1);
+  if (value != nullptr) {
+    lua_pushliteral(L, " = ");
+    lua_pushvalue(L, value_index);
   }
-  luaL_addchar(&text, ')');
-  luaL_pushresult(&text);
+  lua_pushliteral(L, ")");
+  lua_concat(L, lua_gettop(L) - value_index);
   return 1;
 }
 
 void Free(void* object) { tq_mom_tq_obj_free(static_cast<tq_obj*>(object)); }
 
-constexpr Method kNoMethods[] = {{}};
-constexpr Attribute kNoAttributes[] = {{}};
-constexpr Constant kNoConstants[] = {{}};
-constexpr ClassRecord* kNoClasses[] = {nullptr};
-constexpr const NamespaceRecord* kNoNamespaces[] = {nullptr};
 const char* no_base_names[] = {nullptr};
 ClassRecord* no_bases[] = {nullptr};
 
@@ -203,13 +202,23 @@ constexpr Method kMethods[] = {{"fields", Fields}, {}};
 constexpr Attribute kAttributes[] = {{"key", GetKey, SetKey}, {"value", GetValue, SetValue}, {}};
 constexpr Method kMetamethods[] = {{"__getitem", GetField}, {"__setitem", SetField}, {"__tostring", ToString}, {}};
 
-constexpr NamespaceRecord kStatics = {"tq_obj", kNoMethods, kNoAttributes, kNoConstants, kNoClasses, kNoNamespaces};
+constexpr NamespaceRecord kStatics = {"tq_obj",
+                                      binding::kNone<Method>,
+                                      binding::kNone<Attribute>,
+                                      binding::kNone<Constant>,
+                                      binding::kNone<ClassRecord*>,
+                                      binding::kNone<const NamespaceRecord*>};
 
 ClassRecord object_class = {"tq_obj",    "tq_obj",  &type_table[0], New,      Free,         kMethods,
                             kAttributes, &kStatics, kMetamethods,   no_bases, no_base_names};
 ClassRecord* classes[] = {&object_class, nullptr};
 
-constexpr NamespaceRecord kModule = {"tq_obj", kFunctions, kNoAttributes, kNoConstants, classes, kNoNamespaces};
+constexpr NamespaceRecord kModule = {"tq_obj",
+                                     kFunctions,
+                                     binding::kNone<Attribute>,
+                                     binding::kNone<Constant>,
+                                     classes,
+                                     binding::kNone<const NamespaceRecord*>};
 
 TypeDescriptor object_type = {"_p_tq_obj", "tq_obj *", nullptr, nullptr, &object_class, 0};
 CastEntry object_casts[] = {{&object_type, nullptr, nullptr, nullptr}, {}};

@@ -31,14 +31,14 @@ extern "C" {
 
 // The entry point: returns the module table, which is also the global tq_mom_sync.
 [[gnu::visibility("default")]] int luaopen_tq_mom_sync(lua_State* L) {
-  static constexpr binding::Method kNoMethods[1] = {};
-  static constexpr binding::Attribute kNoVariables[1] = {};
-  static constexpr binding::Constant kNoConstants[1] = {};
-  static constexpr const binding::NamespaceRecord* kNoNamespaces[1] = {};
   constexpr int kStatusCodes = 6;
   binding::ModuleRecord* types = tq_mom::Types();
-  const binding::NamespaceRecord record = {"tq_mom_sync", kNoMethods,         kNoVariables,
-                                           kNoConstants,  tq_mom::class_list, kNoNamespaces};
+  const binding::NamespaceRecord record = {"tq_mom_sync",
+                                           binding::kNone<binding::Method>,
+                                           binding::kNone<binding::Attribute>,
+                                           binding::kNone<binding::Constant>,
+                                           tq_mom::class_list,
+                                           binding::kNone<const binding::NamespaceRecord*>};
   binding::OpenModule(L, types, record, tq_mom::kFunctionCount + tq_mom::kConstantCount + kStatusCodes);
   tq_mom::AddFunctions(L);
   tq_mom::AddConstants(L);

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstring>
-#include <type_traits>
 
 #include "records/parameters.h"
 #include "runtime/namespaces.h"

@@ -8,11 +8,8 @@ namespace {
 using binding::ClassRecord;
 using binding::NamespaceRecord;
 
-constexpr binding::Method kNoMethods[1] = {};
-constexpr binding::Attribute kNoAttributes[1] = {};
-constexpr binding::Constant kNoConstants[1] = {};
-constexpr ClassRecord* kNoClasses[1] = {};
-constexpr const NamespaceRecord* kNoNamespaces[1] = {};
+using binding::kNone;
+
 const char* no_base_names[1];
 ClassRecord* no_bases[1];
 
@@ -32,11 +29,20 @@ void SetUpClasses(binding::TypeDescriptor* descriptors) {
     for (const RecordClass* row = rows; row != rows + count; ++row, ++i) {
       const char* name = ClassName(row->type);
       int type = static_cast<int>(row->type);
-      const binding::Constant* constants = row->constants != nullptr ? row->constants : kNoConstants;
-      class_statics[i] = {name, kNoMethods, kNoAttributes, constants, kNoClasses, kNoNamespaces};
-      class_records[i] = {name,       name,       TypeSlot(row->type), row->constructor,
-                          FreeRecord, kNoMethods, row->fields,         &class_statics[i],
-                          kNoMethods, no_bases,   no_base_names};
+      const binding::Constant* constants = row->constants != nullptr ? row->constants : kNone<binding::Constant>;
+      class_statics[i] = {name,      kNone<binding::Method>, kNone<binding::Attribute>,
+                          constants, kNone<ClassRecord*>,    kNone<const NamespaceRecord*>};
+      class_records[i] = {name,
+                          name,
+                          TypeSlot(row->type),
+                          row->constructor,
+                          FreeRecord,
+                          kNone<binding::Method>,
+                          row->fields,
+                          &class_statics[i],
+                          kNone<binding::Method>,
+                          no_bases,
+                          no_base_names};
       class_list[i] = &class_records[i];
       descriptors[type].class_record = &class_records[i];
     }

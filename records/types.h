@@ -121,9 +121,9 @@ enum class TypeId : std::uint8_t {
 inline constexpr int kTypeCount = static_cast<int>(TypeId::kCount);
 static_assert(kTypeCount == 93);
 
-// The TypeId of pointers to T.
+// The TypeId of pointers to T. There is no default: a type that is not listed does not compile.
 template <class T>
-inline constexpr TypeId kTypeOf = TypeId::kCount;
+extern const TypeId kTypeOf;
 #define TQ_NO_TYPE(name, readable)
 #define TQ_RECORD_TYPE(structure, type, cls) \
   template <>                                \

@@ -92,6 +92,10 @@ struct ClassRecord {
   const char** base_class_names;  // ended by a null
 };
 
+// An empty list of methods, attributes, constants, classes or namespaces.
+template <class Entry>
+inline constexpr Entry kNone[1] = {};
+
 // What a Lua userdata of three words holds. Its pointer is never null.
 struct Handle {
   TypeDescriptor* type;  // null: unknown

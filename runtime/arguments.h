@@ -40,7 +40,7 @@ inline bool ToInt(lua_State* L, int index, int* value) {
   return true;
 }
 
-// False for negative numbers and NaN, too: not every x that is refused is below zero.
+// False for negative numbers and NaN, too.
 inline bool ToUnsigned(lua_State* L, int index, std::uint32_t* value) {
   int is_integer;
   lua_Integer integer = lua_tointegerx(L, index, &is_integer);

@@ -36,14 +36,6 @@ int ToString(lua_State* L) {
   return 1;
 }
 
-// Pushes the class's instance metatable, or nil.
-void PushInstanceMetatable(lua_State* L, const ClassRecord& record) {
-  PushClassTable(L);
-  lua_pushstring(L, record.qualified_name);
-  lua_rawget(L, -2);
-  lua_remove(L, -2);
-}
-
 bool HasBases(const ClassRecord& record) { return record.base_class_names[0] != nullptr; }
 
 // Pushes the metamethod of the bases, depth first, that is not itself a proxy; nothing when there is none.
@@ -135,9 +127,6 @@ void PushRegisteredInstances(lua_State* L, const ClassRecord& record, const Shar
   }
   constexpr int kFields = 11;
   lua_createtable(L, 0, kFields + CountNamed(record.metatable));
-  lua_pushvalue(L, name);
-  lua_pushvalue(L, -2);
-  lua_rawset(L, shared.index(Shared::kClassTable));
   shared.Push(L, Shared::kTypeKey);
   lua_pushvalue(L, name);
   lua_rawset(L, -3);
@@ -160,6 +149,10 @@ void PushRegisteredInstances(lua_State* L, const ClassRecord& record, const Shar
   if (HasBases(record)) AddInheritedMetamethods(L, record);
   SetDefault(L, shared, Shared::kToStringKey, ToString);
   SetDefault(L, shared, Shared::kEqualsKey, Equals);
+  // Complete before it is there to be found: filling it may fail for want of memory.
+  lua_pushvalue(L, name);
+  lua_pushvalue(L, -2);
+  lua_rawset(L, shared.index(Shared::kClassTable));
   lua_remove(L, name);
   TQ_INVARIANT(lua_gettop(L) == begin + 1, "lua_gettop(L) == begin+1");
 }
@@ -178,7 +171,7 @@ TQ_CLOSURE int CallInheritedMetamethod(lua_State* L) {
   const auto* record = static_cast<const ClassRecord*>(lua_touserdata(L, lua_upvalueindex(2)));
   int arguments = lua_gettop(L);
   lua_pushvalue(L, lua_upvalueindex(1));
-  if (!PushBaseMetamethod(L, *record, arguments + 1)) {
+  if (record == nullptr || !PushBaseMetamethod(L, *record, arguments + 1)) {
     return luaL_error(L,
                       "The metamethod proxy is set, but it failed to find actual metamethod. Memory corruption is most "
                       "likely explanation.");

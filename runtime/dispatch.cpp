@@ -27,8 +27,8 @@ void PushTable(lua_State* L, int table, Key key) {
   TQ_INVARIANT_TABLE(lua_rawget(L, table) == LUA_TTABLE);
 }
 
-// Whether a C function may run in the dispatcher's own frame: it must be this module's, whose errors allow for that,
-// and do without upvalues of its own. A debugger that counts calls wants the real call.
+// Whether a C function may run in the dispatcher's own frame: it must be this module's and do without upvalues of its
+// own. A debugger that counts calls wants the real call.
 bool MayRunInPlace(lua_State* L, lua_CFunction function) {
   auto address = reinterpret_cast<const char*>(function);
   return address >= __ehdr_start && address < __start_tq_closures && lua_gethookmask(L) == 0;
@@ -77,10 +77,14 @@ int NotFound(lua_State* L, int top) {
   return kNotFound;
 }
 
+// Stack slots for a chain of some 150 bases. A script that makes a class its own base gets there, too.
+constexpr int kDeepestBase = 600;
+
 // Pushes the object's metatable as it stands.
 int PushMetatable(lua_State* L) {
   luaL_checkstack(L, 8, nullptr);
   int top = lua_gettop(L);
+  if (top > kDeepestBase) luaL_error(L, "stack overflow in the bases of a class");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
   return top;
 }
@@ -231,7 +235,7 @@ TQ_CLOSURE int ConstructorProxy(lua_State* L) {
     int results = constructor(L);
     if (results != 1) lua_settop(L, lua_gettop(L) - results + 1);
   } else {
-    lua_pushcfunction(L, constructor);
+    lua_pushvalue(L, lua_upvalueindex(kConstructor));
     lua_replace(L, 1);
     lua_call(L, lua_gettop(L) - 1, 1);
   }

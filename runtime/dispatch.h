@@ -16,8 +16,9 @@ void PushConstructorProxy(lua_State* L, const ClassRecord& record);
 // A dispatcher's upvalue of this number is a function; no other closure of ours has one there.
 inline constexpr int kDispatcherMark = 3;
 
-// Marks the Lua functions that have upvalues of their own. All of them lie in one section, so that a dispatcher can
-// tell them from the functions that may run in its own frame.
+// Marks the dispatchers and the metamethod proxy, which need upvalues of their own and so cannot run in a dispatcher's
+// frame. They lie in one section, which tells them from the functions that can. (Functions that make handles are
+// closures, too, but find their class by name where the upvalues are not theirs.)
 #define TQ_CLOSURE [[gnu::section("tq_closures")]]
 
 }  // namespace binding

@@ -33,14 +33,19 @@ void CreateClassTable(lua_State* L) {
 
 }  // namespace
 
-void AttachClass(lua_State* L, const TypeDescriptor* type) {
+void PushInstanceMetatable(lua_State* L, const ClassRecord& record) {
   PushClassTable(L);
-  lua_pushstring(L, type->class_record->qualified_name);
-  if (lua_rawget(L, -2) == LUA_TTABLE) {
-    lua_setmetatable(L, -3);
-    lua_pop(L, 1);
+  lua_pushstring(L, record.qualified_name);
+  lua_rawget(L, -2);
+  lua_remove(L, -2);
+}
+
+void AttachClass(lua_State* L, const TypeDescriptor* type) {
+  PushInstanceMetatable(L, *type->class_record);
+  if (lua_istable(L, -1)) {
+    lua_setmetatable(L, -2);
   } else {
-    lua_pop(L, 2);
+    lua_pop(L, 1);
   }
 }
 

@@ -9,6 +9,9 @@ namespace binding {
 // Pushes the interpreter's table of instance metatables by qualified class name, made on first use.
 void PushClassTable(lua_State* L);
 
+// Pushes the class's instance metatable, or nil.
+void PushInstanceMetatable(lua_State* L, const ClassRecord& record);
+
 // Gives the new handle at the stack top the class of its type, which has one.
 void AttachClass(lua_State* L, const TypeDescriptor* type);
 

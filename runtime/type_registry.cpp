@@ -124,20 +124,12 @@ CastEntry* FindCastByName(TypeDescriptor* type, const char* mangled_name) {
   return nullptr;
 }
 
-// Enters the module into the interpreter's ring, right after its head; false when it is in there already.
-bool EnterRing(lua_State* L, ModuleRecord* module) {
-  ModuleRecord* head = RingHead(L);
-  if (head == nullptr) {
-    lua_pushstring(L, kRingKey);
-    lua_pushlightuserdata(L, module);
-    lua_rawset(L, LUA_REGISTRYINDEX);
-    return true;
-  }
-  if (head == module) return false;
+// Enters the module into the ring, right after its head; false when it is in there already.
+bool EnterRing(ModuleRecord* head, ModuleRecord* module) {
   RingWalk walk(head, head);
-  while (walk.Next()) {
+  do {
     if (walk.current() == module) return false;
-  }
+  } while (walk.Next());
   module->next_module = head->next_module;
   head->next_module = module;
   return true;
@@ -188,9 +180,17 @@ void PropagateClass(const TypeDescriptor& type) {
 }  // namespace
 
 void JoinRing(lua_State* L, ModuleRecord* module) {
+  // What may raise an error comes first, so that an opening that failed can be repeated.
+  ModuleRecord* head = RingHead(L);
+  if (head == nullptr) {
+    lua_pushstring(L, kRingKey);
+    lua_pushlightuserdata(L, module);
+    lua_rawset(L, LUA_REGISTRYINDEX);
+  }
   bool first = module->next_module == nullptr;
   if (first) module->next_module = module;
-  if (EnterRing(L, module) && first) FillTypeTable(module);
+  if (head != nullptr && !EnterRing(head, module)) return;
+  if (first) FillTypeTable(module);
 }
 
 void PropagateClasses(const ModuleRecord& module) {
@@ -203,7 +203,8 @@ void PropagateClasses(const ModuleRecord& module) {
 void ResolveBases(lua_State* L, const ModuleRecord& module) {
   ModuleRecord* head = RingHead(L);
   for (std::size_t i = 0; i < module.type_count; ++i) {
-    const ClassRecord* record = module.type_table[i]->class_record;
+    const TypeDescriptor* own = module.type_table[i];
+    const ClassRecord* record = own != nullptr ? own->class_record : nullptr;
     if (record == nullptr) continue;
     for (std::size_t base = 0; record->base_class_names[base] != nullptr; ++base) {
       if (record->bases[base] != nullptr) continue;

@@ -17,13 +17,13 @@ function TestSets:testAddAndRemove()
   number(1, tq.sadd_ext(g, db, tq.sadd_op_t(), key("s", "a")))
   number(1, tq.sadd_ext(g, db, nil, key("s", "c\0")))
   number(1, tq.sadd(g, db, key("s", "")))
-  luaunit.assertItemsEquals(members(g), {"", "a", "b", "c\0"})
+  luaunit.assertEquals(members(g), {"", "a", "b", "c\0"}) -- in the order of their bytes
   number(4, tq.scard(g, db, key("s")))
   number(1, tq.srem(g, db, key("s", "b")))
   number(0, tq.srem(g, db, key("s", "b")))
   number(1, tq.srem_ext(g, db, tq.srem_op_t(), key("s", "")))
   number(0, tq.srem_ext(g, db, nil, key("s", "c")))
-  luaunit.assertItemsEquals(members(g), {"a", "c\0"})
+  luaunit.assertEquals(members(g), {"a", "c\0"})
 end
 
 function TestSets:testMembership()

@@ -65,4 +65,9 @@ const std::vector<std::size_t>& HeapWatch::requests() const { return requested; 
 
 std::size_t HeapWatch::live() const { return live_blocks.size(); }
 
+void HeapWatch::FreeLive() {
+  for (void* block : live_blocks) __real_free(block);
+  live_blocks.clear();
+}
+
 }  // namespace unit

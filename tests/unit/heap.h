@@ -25,6 +25,8 @@ class HeapWatch {
   const std::vector<std::size_t>& requests() const;
   // Blocks that were handed out and not freed.
   std::size_t live() const;
+  // Frees those blocks.
+  void FreeLive();
 };
 
 }  // namespace unit

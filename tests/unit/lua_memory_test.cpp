@@ -47,6 +47,7 @@ class LuaMemory : public testing::Test {
         ASSERT_EQ(lua_pcall(L, 0, 0, 0), LUA_OK) << lua_tostring(L, -1);
         lua_gc(L, LUA_GCCOLLECT, 0);
         EXPECT_EQ(heap.live(), status == LUA_OK ? 0 : left()) << "request " << number;
+        heap.FreeLive();
         if (!failed) break;
       }
       if (failure == Failure::kFromThenOn) {
