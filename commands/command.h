@@ -193,8 +193,8 @@ using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, con
 // of the client's to lose.
 inline binding::Handle* PushResultHandle(lua_State* L, const Description& command) {
   binding::TypeDescriptor** type = TypeSlot(command.result);
-  return binding::HasOwnClass(type) ? binding::PushEmptyClassHandle(L, type, binding::PushClassTableOfClosure(L))
-                                    : binding::PushEmptyHandle(L, *type);
+  if (command.result == TypeId::_p_tq_obj) return binding::PushEmptyHandle(L, *type);  // no class of this module's
+  return binding::PushEmptyClassHandle(L, type, binding::PushClassTableOfClosure(L));
 }
 
 template <class... T>

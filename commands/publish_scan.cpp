@@ -17,7 +17,6 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   if (context == nullptr) return 0;
   const auto* scan = static_cast<const ScanContext*>(context);
   lua_State* L = scan->callback.state;
-  luaL_checkstack(L, 8, nullptr);
   int class_table = binding::PushClassTableOfClosure(L);
   swiglua_ref_get(&scan->callback);
   binding::PushClassHandle(L, g, TypeSlot(TypeId::_p_tq_global_s), class_table);
@@ -25,6 +24,7 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   swiglua_ref_get(&scan->argument);
   if (!lua_isfunction(L, class_table + 1)) {
     lua_remove(L, class_table);
+    luaL_checkstack(L, 8, nullptr);  // the four values stay, and the next message needs room, too
     return 0;
   }
   lua_call(L, 3, 1);

@@ -95,15 +95,6 @@ bool DoubleField::Store(lua_State* L, char* member, const Field&) {
   return is_number && Save(member, value);
 }
 
-void CharArrayField::Push(lua_State* L, const char* member, const Field& field) {
-  // A string at an address that was pushed before is found by that, without hashing it.
-  if (member[field.extent - 1] == '\0') {
-    lua_pushstring(L, member);
-  } else {
-    lua_pushlstring(L, member, strnlen(member, field.extent));
-  }
-}
-
 bool CharArrayField::Store(lua_State* L, char* member, const Field& field) {
   std::size_t length = 0;
   const char* text = lua_tolstring(L, 2, &length);

@@ -45,10 +45,10 @@ char* OtherMember(lua_State* L, Accessor accessor);
 // The same, fast for a handle of just the record's type.
 [[gnu::always_inline]] inline char* MemberOf(lua_State* L, Accessor accessor) {
   if constexpr (!kOptimizeForSize) {
-    void* record;
-    if (lua_gettop(L) == accessor.count() && binding::ConvertExact(L, 1, &record, TypeSlot(accessor.field.record)) &&
-        record != nullptr) [[likely]] {
-      return static_cast<char*>(record) + accessor.field.offset;
+    const binding::Handle* handle = binding::HandleAt(L, 1);
+    if (handle != nullptr && lua_gettop(L) == accessor.count() &&
+        binding::IsExact(*handle, *Type(accessor.field.record)) && handle->pointer != nullptr) [[likely]] {
+      return static_cast<char*>(handle->pointer) + accessor.field.offset;
     }
   }
   return OtherMember(L, accessor);
@@ -103,7 +103,14 @@ struct DoubleField {
 };
 
 struct CharArrayField {
-  static void Push(lua_State* L, const char* member, const Field& field);
+  static void Push(lua_State* L, const char* member, const Field& field) {
+    // A string at an address that was pushed before is found by that, without hashing it.
+    if (member[field.extent - 1] == '\0') {
+      lua_pushstring(L, member);
+    } else {
+      lua_pushlstring(L, member, strnlen(member, field.extent));
+    }
+  }
   static bool Store(lua_State* L, char* member, const Field& field);
 };
 

@@ -84,7 +84,10 @@ template <class Site>
 // Takes a handle of the type, or nil. The site is where: it has the kinds of all arguments.
 template <class Site>
 [[gnu::always_inline]] inline bool Convert(lua_State* L, int index, void** pointer, TypeId type, Site site) {
-  return binding::ConvertExact(L, index, pointer, TypeSlot(type)) || ConvertOther(L, index, pointer, type, site);
+  const binding::Handle* handle = binding::HandleAt(L, index);
+  if (handle == nullptr || !binding::IsExact(*handle, *Type(type))) return ConvertOther(L, index, pointer, type, site);
+  *pointer = handle->pointer;
+  return true;
 }
 
 }  // namespace tq_mom

@@ -111,16 +111,11 @@ inline constexpr int kDisown = 1;
 // when the value is neither.
 int ConvertPtr(lua_State* L, int index, void** pointer, TypeDescriptor* expected, int flags);
 
-// Converts a handle whose type heads the expected type's cast list, which is nearly every one; false for all other
-// values.
-[[gnu::always_inline]] inline bool ConvertExact(lua_State* L, int index, void** pointer,
-                                                TypeDescriptor* const* expected) {
-  const Handle* handle = HandleAt(L, index);
-  if (handle == nullptr) return false;
-  const CastEntry* first = (*expected)->casts;
-  if (first == nullptr || first->target_type != handle->type || first->converter != nullptr) return false;
-  *pointer = handle->pointer;
-  return true;
+// Whether the handle's type heads the expected type's cast list, as nearly every one does: its pointer then is what a
+// conversion gives, and the list stays as it is.
+inline bool IsExact(const Handle& handle, const TypeDescriptor& expected) {
+  const CastEntry* first = expected.casts;
+  return first != nullptr && first->target_type == handle.type && first->converter == nullptr;
 }
 
 // Lua functions: the readable type name of a value; whether two handles hold the same native pointer.

@@ -329,6 +329,36 @@ function TestMembers:test_a_dispatcher_as_setter()
   luaunit.assertEquals(select("#", self.metatable.__newindex(self.object, "read", "no_such_field")), 0)
 end
 
+-- A class that a script makes its own base: reads and writes end in an error.
+function TestMembers:test_a_cycle_of_bases()
+  self.metatable[".bases"][1] = self.metatable
+  local read, read_error = pcall(support.get_field, self.object, "no_such_field")
+  local written, write_error = pcall(function() self.object.no_such_field = 1 end)
+  self.metatable[".bases"][1] = nil
+  luaunit.assertFalse(read)
+  luaunit.assertStrContains(read_error, "stack overflow in the bases of a class")
+  luaunit.assertFalse(written)
+  luaunit.assertStrContains(write_error, "stack overflow in the bases of a class")
+  luaunit.assertNil(self.object.no_such_field)
+end
+
+-- What the debug library puts in the place of the constructor is called like any other value.
+function TestMembers:test_a_constructor_that_is_no_function()
+  local proxy = getmetatable(tq.get_op_t).__call
+  local constructor
+  for i = 1, debug.getinfo(proxy, "u").nups do
+    local _, value = debug.getupvalue(proxy, i)
+    if type(value) == "function" then
+      constructor = value
+      debug.setupvalue(proxy, i, 1)
+      luaunit.assertErrorMsgContains("attempt to call a number value", tq.get_op_t)
+      debug.setupvalue(proxy, i, value)
+    end
+  end
+  luaunit.assertNotNil(constructor)
+  luaunit.assertEquals(tq.get_op_t().flag, 0)
+end
+
 -- A debugger sees the accessor run, and messages stay the same under it.
 function TestMembers:test_call_hooks()
   local seen = {}

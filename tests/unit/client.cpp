@@ -4,6 +4,7 @@ namespace unit {
 
 tq_mom_get_res_t get_result;
 tq_mom_hash_res_t hash_result;
+int get_ext_calls;
 int zadd_calls;
 double zadd_sum;
 bool in_callback;
@@ -12,7 +13,10 @@ bool in_callback;
 
 extern "C" {
 
-tq_mom_get_res_t* tq_mom_get_ext_sync(tq_global_t*, int, tq_mom_get_op_t*, tq_obj*) { return &unit::get_result; }
+tq_mom_get_res_t* tq_mom_get_ext_sync(tq_global_t*, int, tq_mom_get_op_t*, tq_obj*) {
+  ++unit::get_ext_calls;
+  return &unit::get_result;
+}
 
 tq_mom_hash_res_t* tq_mom_hmget_sync(tq_global_t*, int, tq_obj*, int32_t*, int) { return &unit::hash_result; }
 

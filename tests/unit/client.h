@@ -10,6 +10,8 @@ namespace unit {
 extern tq_mom_get_res_t get_result;
 extern tq_mom_hash_res_t hash_result;
 
+// The calls of tq_mom_get_ext_sync.
+extern int get_ext_calls;
 // The calls of tq_mom_zadd_sync and the sum of their scores.
 extern int zadd_calls;
 extern double zadd_sum;

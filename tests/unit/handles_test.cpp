@@ -176,13 +176,12 @@ TEST_F(Handles, WrongTypeIsDisowned) {
 
 TEST_F(Handles, Converters) {
   void* pointer;
-  TypeDescriptor* base = &types.base;
   binding::PushHandle(L, object, &types.derived, 0);
-  EXPECT_FALSE(binding::ConvertExact(L, -1, &pointer, &base));
+  EXPECT_FALSE(binding::IsExact(*Top(), types.base));
   EXPECT_EQ(binding::ConvertPtr(L, -1, &pointer, &types.base, 0), 0);
   EXPECT_EQ(pointer, object + 4);
   EXPECT_EQ(types.base.casts, &types.base_casts[1]) << "moved to the front";
-  EXPECT_FALSE(binding::ConvertExact(L, -1, &pointer, &base)) << "it has a converter";
+  EXPECT_FALSE(binding::IsExact(*Top(), types.base)) << "it has a converter";
 }
 
 TEST_F(Handles, ConverterThatAllocates) {
@@ -195,20 +194,22 @@ TEST_F(Handles, ConverterThatAllocates) {
   Types::claims_new_memory = 0;
 }
 
-TEST_F(Handles, ConvertExact) {
-  void* pointer = nullptr;
-  TypeDescriptor* base = &types.base;
-  TypeDescriptor* empty = &types.empty;
+TEST_F(Handles, Exact) {
   binding::PushHandle(L, object, &types.base, 0);
-  EXPECT_TRUE(binding::ConvertExact(L, -1, &pointer, &base));
-  EXPECT_EQ(pointer, object);
-  EXPECT_FALSE(binding::ConvertExact(L, -1, &pointer, &empty)) << "an empty cast list";
+  EXPECT_TRUE(binding::IsExact(*Top(), types.base));
+  EXPECT_FALSE(binding::IsExact(*Top(), types.derived));
+  EXPECT_FALSE(binding::IsExact(*Top(), types.empty)) << "an empty cast list";
+}
+
+TEST_F(Handles, HandleAt) {
+  binding::PushHandle(L, object, &types.base, 0);
+  EXPECT_EQ(binding::HandleAt(L, -1), Top());
   lua_pushnil(L);
-  EXPECT_FALSE(binding::ConvertExact(L, -1, &pointer, &base));
+  EXPECT_EQ(binding::HandleAt(L, -1), nullptr);
   lua_pushlightuserdata(L, object);
-  EXPECT_FALSE(binding::ConvertExact(L, -1, &pointer, &base));
+  EXPECT_EQ(binding::HandleAt(L, -1), nullptr);
   lua_newuserdata(L, sizeof(Handle) - 1);
-  EXPECT_FALSE(binding::ConvertExact(L, -1, &pointer, &base));
+  EXPECT_EQ(binding::HandleAt(L, -1), nullptr);
 }
 
 TEST_F(Handles, TypeNameAndEquality) {

@@ -70,6 +70,15 @@ TEST_F(LuaMemory, CommandThatReturnsAHandle) {
   ForEachRequest("local result = tq.convertPtrToGetRes(tq.tq_mom_get_res_t())");
 }
 
+// The client is not asked for a result that could not be handed on.
+TEST_F(LuaMemory, NoResultIsLost) {
+  ASSERT_EQ(L.Run("command = tq.get_ext results = 0"), "");
+  unit::get_ext_calls = 0;
+  ForEachRequest("command(nil, 0, nil, nil) results = results + 1");
+  lua_getglobal(L, "results");
+  EXPECT_EQ(unit::get_ext_calls, lua_tointeger(L, -1));
+}
+
 TEST_F(LuaMemory, OwnedString) {
   ASSERT_EQ(L.Run("record = tq.tq_mom_scan_all_msg_t()"), "");
   ForEachRequest("record.key = 'text ' .. #_VERSION", "record.key = nil");
