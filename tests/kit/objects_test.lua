@@ -122,6 +122,21 @@ function TestObjects:testToString()
     "tq_obj(" .. string.rep("k", 5000) .. " = " .. string.rep("v", 5000) .. ")")
 end
 
+-- A push may collect the handle that owns the object, while its text is made through another.
+function TestObjects:testToStringOfAnObjectThatIsCollected()
+  local key = string.rep("k", 200000)
+  local function alias_of_garbage() return tq_obj.from(tq_obj.new(key, "v")) end
+  local pause, step = collectgarbage("setpause", 1), collectgarbage("setstepmul", 100000000)
+  for _ = 1, 50 do
+    collectgarbage("stop")
+    local alias = alias_of_garbage()
+    collectgarbage("restart")
+    luaunit.assertStrMatches(tostring(alias), "tq_obj%(.*%)")
+  end
+  collectgarbage("setpause", pause)
+  collectgarbage("setstepmul", step)
+end
+
 function TestObjects:testEquality()
   local one, two = tq_obj.new("k", "v"), tq_obj.new("k", "v")
   luaunit.assertTrue(one == one)
