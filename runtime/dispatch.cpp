@@ -85,6 +85,7 @@ int PushMetatable(lua_State* L) {
   luaL_checkstack(L, 8, nullptr);
   int top = lua_gettop(L);
   if (top > kDeepestBase) luaL_error(L, "stack overflow in the bases of a class");
+  TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,substack_start+1)");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
   return top;
 }
@@ -211,11 +212,14 @@ TQ_CLOSURE int MemberSet(lua_State* L) {
     return 0;
   }
   lua_settop(L, 3);
-  if (SetInBase(L) == kNotFound) {
+  int results = SetInBase(L);
+  TQ_INVARIANT(lua_gettop(L) == 3, "lua_gettop(L) == substack_start + 3");
+  if (results == kNotFound) {
     return luaL_error(
         L,
         "Assignment not possible. No setter/member with this name. For custom assignments implement __setitem method.");
   }
+  TQ_INVARIANT(results == 0, "ret==0");
   return 0;
 }
 
