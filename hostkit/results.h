@@ -21,47 +21,32 @@ enum class ResultTag { kGet, kIncr, kHash, kLrange, kSmembers, kZrange, kZrangeb
 
 LiveSet<ResultTag>& LiveResults();
 
+// There is no default: a record that is no result does not compile.
 template <typename Record>
-struct ResultTagOf;
+extern const ResultTag kTagOf;
 template <>
-struct ResultTagOf<tq_mom_get_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kGet;
-};
+inline constexpr ResultTag kTagOf<tq_mom_get_res_t> = ResultTag::kGet;
 template <>
-struct ResultTagOf<tq_mom_incr_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kIncr;
-};
+inline constexpr ResultTag kTagOf<tq_mom_incr_res_t> = ResultTag::kIncr;
 template <>
-struct ResultTagOf<tq_mom_hash_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kHash;
-};
+inline constexpr ResultTag kTagOf<tq_mom_hash_res_t> = ResultTag::kHash;
 template <>
-struct ResultTagOf<tq_mom_lrange_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kLrange;
-};
+inline constexpr ResultTag kTagOf<tq_mom_lrange_res_t> = ResultTag::kLrange;
 template <>
-struct ResultTagOf<tq_mom_smembers_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kSmembers;
-};
+inline constexpr ResultTag kTagOf<tq_mom_smembers_res_t> = ResultTag::kSmembers;
 template <>
-struct ResultTagOf<tq_mom_zrange_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kZrange;
-};
+inline constexpr ResultTag kTagOf<tq_mom_zrange_res_t> = ResultTag::kZrange;
 template <>
-struct ResultTagOf<tq_mom_zrangebyscore_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kZrangebyscore;
-};
+inline constexpr ResultTag kTagOf<tq_mom_zrangebyscore_res_t> = ResultTag::kZrangebyscore;
 template <>
-struct ResultTagOf<tq_mom_zscore_res_t> {
-  static constexpr ResultTag kTag = ResultTag::kZscore;
-};
+inline constexpr ResultTag kTagOf<tq_mom_zscore_res_t> = ResultTag::kZscore;
 
 // A script may overwrite the record's fields, so what it owns is kept beside it.
 template <typename Record>
 struct Result : Record {
   // Throws std::bad_alloc.
-  Result() : Record{} { LiveResults().Add(static_cast<Record*>(this), ResultTagOf<Record>::kTag); }
-  ~Result() { LiveResults().Remove(static_cast<Record*>(this), ResultTagOf<Record>::kTag); }
+  Result() : Record{} { LiveResults().Add(static_cast<Record*>(this), kTagOf<Record>); }
+  ~Result() { LiveResults().Remove(static_cast<Record*>(this), kTagOf<Record>); }
   Result(const Result&) = delete;
   Result& operator=(const Result&) = delete;
 
@@ -102,7 +87,7 @@ Record* MakeResult(Body body) noexcept {
 template <typename Record>
 int FreeResult(Record* record) noexcept {
   if (record == nullptr) return TQ_MOM_OK;
-  if (!LiveResults().Contains(record, ResultTagOf<Record>::kTag)) return TQ_MOM_INPUT_ERR;
+  if (!LiveResults().Contains(record, kTagOf<Record>)) return TQ_MOM_INPUT_ERR;
   delete static_cast<Result<Record>*>(record);
   return TQ_MOM_OK;
 }

@@ -6,9 +6,8 @@ namespace tq_mom {
 namespace {
 
 using binding::ClassRecord;
-using binding::NamespaceRecord;
-
 using binding::kNone;
+using binding::NamespaceRecord;
 
 const char* no_base_names[1];
 ClassRecord* no_bases[1];

@@ -15,13 +15,19 @@ void PushInstanceMetatable(lua_State* L, const ClassRecord& record);
 // Gives the new handle at the stack top the class of its type, which has one.
 void AttachClass(lua_State* L, const TypeDescriptor* type);
 
-// Pushes a handle without a native object yet, for a caller that must have the handle before it allocates one. The
-// caller either sets pointer and own or drops the handle. The type may be null: unknown.
-inline Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
+// Pushes a handle without a native object and without a class.
+inline Handle* PushBareHandle(lua_State* L, TypeDescriptor* type) {
   auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
   handle->type = type;
   handle->own = 0;
   handle->pointer = nullptr;
+  return handle;
+}
+
+// Pushes a handle without a native object yet, for a caller that must have the handle before it allocates one. The
+// caller either sets pointer and own or drops the handle. The type may be null: unknown.
+inline Handle* PushEmptyHandle(lua_State* L, TypeDescriptor* type) {
+  Handle* handle = PushBareHandle(L, type);
   if (type != nullptr && type->class_record != nullptr) AttachClass(L, type);
   return handle;
 }
@@ -63,10 +69,7 @@ inline bool HasOwnClass(TypeDescriptor* const* type) {
 // The same as PushEmptyHandle and PushHandle in such a closure. The slot is that of the class's own record.
 inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table,
                                     int name_upvalue = kClassName) {
-  auto* handle = static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle)));
-  handle->type = *type;
-  handle->own = 0;
-  handle->pointer = nullptr;
+  Handle* handle = PushBareHandle(L, *type);
   if (HasOwnClass(type)) {
     lua_pushvalue(L, lua_upvalueindex(name_upvalue));
     if (lua_rawget(L, class_table) == LUA_TTABLE) {
