@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "runtime/handles.h"
+#include "binding/handles.h"
 
 namespace tq_mom {
 namespace {

@@ -1,4 +1,5 @@
 // Runtime and connection control.
+#include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>
 
 #include <cstdio>
@@ -9,7 +10,6 @@
 #include "hostkit/client_state.h"
 #include "hostkit/guard.h"
 #include "hostkit/memory_engine.h"
-#include "hostkit/value_object.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #define TQ_HOSTKIT_CLIENT_STATE_H
 
 #include <pthread.h>
+#include <tq_kit/subscribe.h>
 #include <tq_mom/tq_mom.h>
 
 #include <memory>
@@ -10,7 +11,6 @@
 #include <vector>
 
 #include "hostkit/engine.h"
-#include "hostkit/kit.h"
 #include "hostkit/tq_obj.h"
 
 namespace hostkit {

@@ -1,6 +1,6 @@
 #include "hostkit/results.h"
 
-#include "hostkit/kit.h"
+#include <tq_kit/subscribe.h>
 
 namespace hostkit {
 

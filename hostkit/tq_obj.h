@@ -2,6 +2,8 @@
 #ifndef TQ_HOSTKIT_TQ_OBJ_H
 #define TQ_HOSTKIT_TQ_OBJ_H
 
+#include <tq_kit/value_object.h>
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -9,8 +11,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "hostkit/value_object.h"
 
 struct tq_obj {
   // Throws std::bad_alloc.

@@ -1,5 +1,4 @@
-#include "hostkit/value_object.h"
-
+#include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>
 
 #include <algorithm>

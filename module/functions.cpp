@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "binding/handles.h"
 #include "commands/connection.h"
 #include "commands/hashes.h"
 #include "commands/lists.h"
@@ -10,7 +11,6 @@
 #include "commands/sorted_sets.h"
 #include "commands/strings.h"
 #include "records/casts.h"
-#include "runtime/handles.h"
 
 namespace tq_mom {
 namespace {

@@ -1,9 +1,9 @@
 #include <cstdio>
 
+#include "binding/startup.h"
 #include "module/constants.h"
 #include "module/functions.h"
 #include "records/records.h"
-#include "runtime/startup.h"
 
 extern "C" {
 

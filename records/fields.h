@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "binding/namespaces.h"
 #include "records/parameters.h"
-#include "runtime/namespaces.h"
 
 namespace tq_mom {
 

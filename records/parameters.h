@@ -3,9 +3,9 @@
 #ifndef TQ_RECORDS_PARAMETERS_H
 #define TQ_RECORDS_PARAMETERS_H
 
+#include "binding/arguments.h"
+#include "binding/handles.h"
 #include "records/types.h"
-#include "runtime/arguments.h"
-#include "runtime/handles.h"
 
 namespace tq_mom {
 

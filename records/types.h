@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "runtime/abi.h"
+#include "binding/abi.h"
 
 // PLAIN(name, readable name): the mangled name is _p_<name>. RECORD(structure, typedef, class): a record's type, with
 // its Lua class. CLASS(name, readable name): the same for a record without a typedef of another name, which its class

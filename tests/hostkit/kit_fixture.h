@@ -3,6 +3,8 @@
 #define TQ_TESTS_HOSTKIT_KIT_FIXTURE_H
 
 #include <gtest/gtest.h>
+#include <tq_kit/subscribe.h>
+#include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>
 
 #include <cstdint>
@@ -14,9 +16,7 @@
 
 #include "hostkit/client_state.h"
 #include "hostkit/clock.h"
-#include "hostkit/kit.h"
 #include "hostkit/memory_engine.h"
-#include "hostkit/value_object.h"
 
 namespace hostkit {
 

@@ -1,6 +1,5 @@
-#include "hostkit/value_object.h"
-
 #include <gtest/gtest.h>
+#include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>
 
 #include <cstring>

@@ -5,8 +5,8 @@
 #include <stdlib.h>
 #include <time.h>
 
-#include "hostkit/kit.h"
-#include "hostkit/value_object.h"
+#include <tq_kit/subscribe.h>
+#include <tq_kit/value_object.h>
 
 /* The third word of a handle. */
 static void* PointerAt(lua_State* L, int index) {

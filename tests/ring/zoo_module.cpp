@@ -3,10 +3,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "runtime/abi.h"
-#include "runtime/handles.h"
-#include "runtime/namespaces.h"
-#include "runtime/startup.h"
+#include "binding/abi.h"
+#include "binding/handles.h"
+#include "binding/namespaces.h"
+#include "binding/startup.h"
 
 namespace {
 

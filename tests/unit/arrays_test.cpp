@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "runtime/handles.h"
+#include "binding/handles.h"
 #include "tests/unit/heap.h"
 #include "tests/unit/lua_state.h"
 

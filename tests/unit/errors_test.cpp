@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
-#include "runtime/arguments.h"
-#include "runtime/handles.h"
+#include "binding/arguments.h"
+#include "binding/handles.h"
 #include "tests/unit/lua_state.h"
 
 namespace {

@@ -1,11 +1,11 @@
-#include "runtime/handles.h"
+#include "binding/handles.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
-#include "runtime/namespaces.h"
+#include "binding/namespaces.h"
 #include "tests/unit/lua_state.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "binding/arguments.h"
 #include "commands/command.h"
-#include "runtime/arguments.h"
 #include "tests/unit/lua_state.h"
 
 namespace {

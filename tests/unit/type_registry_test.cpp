@@ -1,5 +1,5 @@
 // The ring of type tables, with modules made here. No walk may loop for ever: the test runner's time limit would tell.
-#include "runtime/type_registry.h"
+#include "binding/type_registry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The Lua functions behind obj.field, obj.field = value and Class().
-#ifndef TQ_RUNTIME_DISPATCH_H
-#define TQ_RUNTIME_DISPATCH_H
+#ifndef TQ_BINDING_DISPATCH_H
+#define TQ_BINDING_DISPATCH_H
 
-#include "runtime/abi.h"
+#include "binding/abi.h"
 
 namespace binding {
 

@@ -1,8 +1,8 @@
-#include "runtime/dispatch.h"
+#include "binding/dispatch.h"
 
-#include "runtime/classes.h"
-#include "runtime/handles.h"
-#include "runtime/invariant.h"
+#include "binding/classes.h"
+#include "binding/handles.h"
+#include "binding/invariant.h"
 
 // Set by the linker: the start of this shared object, and the section of the closures, which lies behind all other
 // code.

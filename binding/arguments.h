@@ -1,10 +1,10 @@
 // Argument checks, number conversions and the errors of misuse.
-#ifndef TQ_RUNTIME_ARGUMENTS_H
-#define TQ_RUNTIME_ARGUMENTS_H
+#ifndef TQ_BINDING_ARGUMENTS_H
+#define TQ_BINDING_ARGUMENTS_H
 
 #include <cstdint>
 
-#include "runtime/handles.h"
+#include "binding/handles.h"
 
 namespace binding {
 

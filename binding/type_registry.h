@@ -1,8 +1,8 @@
 // The ring of type tables that the modules of this kind in one interpreter share.
-#ifndef TQ_RUNTIME_TYPE_REGISTRY_H
-#define TQ_RUNTIME_TYPE_REGISTRY_H
+#ifndef TQ_BINDING_TYPE_REGISTRY_H
+#define TQ_BINDING_TYPE_REGISTRY_H
 
-#include "runtime/abi.h"
+#include "binding/abi.h"
 
 namespace binding {
 

@@ -1,8 +1,8 @@
 // Lua classes built from class records: the metatable of their objects and the table that constructs them.
-#ifndef TQ_RUNTIME_CLASSES_H
-#define TQ_RUNTIME_CLASSES_H
+#ifndef TQ_BINDING_CLASSES_H
+#define TQ_BINDING_CLASSES_H
 
-#include "runtime/namespaces.h"
+#include "binding/namespaces.h"
 
 namespace binding {
 

@@ -1,4 +1,4 @@
-#include "runtime/type_registry.h"
+#include "binding/type_registry.h"
 
 #include <cstring>
 

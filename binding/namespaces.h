@@ -1,8 +1,8 @@
 // Lua tables built from namespace records: functions and constants as plain fields, variables behind getters.
-#ifndef TQ_RUNTIME_NAMESPACES_H
-#define TQ_RUNTIME_NAMESPACES_H
+#ifndef TQ_BINDING_NAMESPACES_H
+#define TQ_BINDING_NAMESPACES_H
 
-#include "runtime/abi.h"
+#include "binding/abi.h"
 
 namespace binding {
 

@@ -1,10 +1,10 @@
-#include "runtime/namespaces.h"
+#include "binding/namespaces.h"
 
-#include "runtime/arguments.h"
-#include "runtime/classes.h"
-#include "runtime/dispatch.h"
-#include "runtime/handles.h"
-#include "runtime/invariant.h"
+#include "binding/arguments.h"
+#include "binding/classes.h"
+#include "binding/dispatch.h"
+#include "binding/handles.h"
+#include "binding/invariant.h"
 
 namespace binding {
 namespace {

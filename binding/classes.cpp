@@ -1,10 +1,10 @@
-#include "runtime/classes.h"
+#include "binding/classes.h"
 
 #include <cstring>
 
-#include "runtime/dispatch.h"
-#include "runtime/handles.h"
-#include "runtime/invariant.h"
+#include "binding/dispatch.h"
+#include "binding/handles.h"
+#include "binding/invariant.h"
 
 namespace binding {
 namespace {

@@ -1,8 +1,8 @@
-#include "runtime/startup.h"
+#include "binding/startup.h"
 
-#include "runtime/handles.h"
-#include "runtime/namespaces.h"
-#include "runtime/type_registry.h"
+#include "binding/handles.h"
+#include "binding/namespaces.h"
+#include "binding/type_registry.h"
 
 namespace binding {
 

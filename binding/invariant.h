@@ -1,7 +1,7 @@
 // Checks that hold unless the runtime itself, or a script that rewires its metatables, is broken. They stay in release
 // builds and end the process through the C library's assertion failure.
-#ifndef TQ_RUNTIME_INVARIANT_H
-#define TQ_RUNTIME_INVARIANT_H
+#ifndef TQ_BINDING_INVARIANT_H
+#define TQ_BINDING_INVARIANT_H
 
 #undef NDEBUG  // with it, <assert.h> may leave out the failure routine
 #include <assert.h>

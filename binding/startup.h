@@ -1,8 +1,8 @@
 // Opening a module of this kind.
-#ifndef TQ_RUNTIME_STARTUP_H
-#define TQ_RUNTIME_STARTUP_H
+#ifndef TQ_BINDING_STARTUP_H
+#define TQ_BINDING_STARTUP_H
 
-#include "runtime/abi.h"
+#include "binding/abi.h"
 
 namespace binding {
 

@@ -1,10 +1,10 @@
-#include "runtime/handles.h"
+#include "binding/handles.h"
 
 #include <cstring>
 
-#include "runtime/arguments.h"
-#include "runtime/invariant.h"
-#include "runtime/type_registry.h"
+#include "binding/arguments.h"
+#include "binding/invariant.h"
+#include "binding/type_registry.h"
 
 namespace binding {
 namespace {

@@ -1,11 +1,11 @@
 // The Lua module tq_obj: makes and reads value objects. It gives the type `tq_obj *`, which it shares with the other
 // modules of its kind, a class: values that tq_mom_sync returns then have it, too.
+#include <tq_kit/value_object.h>
 #include <tq_mom/client.h>
 
-#include "hostkit/value_object.h"
-#include "runtime/arguments.h"
-#include "runtime/handles.h"
-#include "runtime/startup.h"
+#include "binding/arguments.h"
+#include "binding/handles.h"
+#include "binding/startup.h"
 
 namespace {
 

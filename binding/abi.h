@@ -1,7 +1,7 @@
 // The records that every native module of this kind in an interpreter reads and writes: plain C layouts, fields in this
 // order, nothing hidden. Changing any of them breaks the other modules.
-#ifndef TQ_RUNTIME_ABI_H
-#define TQ_RUNTIME_ABI_H
+#ifndef TQ_BINDING_ABI_H
+#define TQ_BINDING_ABI_H
 
 #include <cstddef>
 #include <lua.hpp>

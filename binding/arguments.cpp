@@ -1,8 +1,8 @@
-#include "runtime/arguments.h"
+#include "binding/arguments.h"
 
 #include <cstring>
 
-#include "runtime/dispatch.h"
+#include "binding/dispatch.h"
 
 namespace binding {
 namespace {

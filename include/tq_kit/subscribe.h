@@ -1,6 +1,6 @@
 /* What the host kit's client library offers beyond the client functions. */
-#ifndef TQ_HOSTKIT_KIT_H
-#define TQ_HOSTKIT_KIT_H
+#ifndef TQ_KIT_SUBSCRIBE_H
+#define TQ_KIT_SUBSCRIBE_H
 
 #include <stddef.h>
 #include <tq_mom/tq_mom.h>

@@ -5,8 +5,8 @@
  * part of the object is next written or the object is released. Readers end the bytes with a NUL that the length does
  * not count. A status is TQ_MOM_OK, TQ_MOM_INPUT_ERR (null, or not a live object) or TQ_MOM_MALLOC_ERR; on failure the
  * object is as before. */
-#ifndef TQ_HOSTKIT_VALUE_OBJECT_H
-#define TQ_HOSTKIT_VALUE_OBJECT_H
+#ifndef TQ_KIT_VALUE_OBJECT_H
+#define TQ_KIT_VALUE_OBJECT_H
 
 #include <stddef.h>
 #include <stdint.h>

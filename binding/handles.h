@@ -1,8 +1,8 @@
 // Native pointers as Lua values.
-#ifndef TQ_RUNTIME_HANDLES_H
-#define TQ_RUNTIME_HANDLES_H
+#ifndef TQ_BINDING_HANDLES_H
+#define TQ_BINDING_HANDLES_H
 
-#include "runtime/abi.h"
+#include "binding/abi.h"
 
 namespace binding {
 
