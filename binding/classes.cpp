@@ -15,15 +15,18 @@ int Disown(lua_State* L) {
   return 0;
 }
 
+// A script can call this, too, and the collector then calls it again: what is destroyed is not owned any more.
 int Collect(lua_State* L) {
-  const Handle* handle = HandleAt(L, -1);
+  Handle* handle = HandleAt(L, -1);
   if (handle == nullptr) {
     TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
     return 0;
   }
   if (handle->own == 0 || handle->type == nullptr) return 0;
   const ClassRecord* record = handle->type->class_record;
-  if (record != nullptr && record->destructor != nullptr) record->destructor(handle->pointer);
+  if (record == nullptr || record->destructor == nullptr) return 0;
+  handle->own = 0;
+  record->destructor(handle->pointer);
   return 0;
 }
 
@@ -157,10 +160,10 @@ void PushRegisteredInstances(lua_State* L, const ClassRecord& record, const Shar
   TQ_INVARIANT(lua_gettop(L) == begin + 1, "lua_gettop(L) == begin+1");
 }
 
-// Bases first, so that the class's own entries win.
-void AddInheritedStatics(lua_State* L, const ClassRecord& record) {
+// Bases first, so that the class's own entries win: over those of its bases, and over what is nested in it.
+void AddStatics(lua_State* L, const ClassRecord& record) {
   for (int i = 0; record.base_class_names[i] != nullptr; ++i) {
-    if (record.bases[i] != nullptr) AddInheritedStatics(L, *record.bases[i]);
+    if (record.bases[i] != nullptr) AddStatics(L, *record.bases[i]);
   }
   AddNamespaceDetails(L, *record.cls_static);
 }
@@ -193,7 +196,7 @@ void RegisterClass(lua_State* L, const ClassRecord& record, const Shared& shared
   lua_pushvalue(L, begin);
   int statics = begin + 3;
   RegisterNamespace(L, *record.cls_static, shared);
-  if (HasBases(record)) AddInheritedStatics(L, record);
+  AddStatics(L, record);
   lua_getmetatable(L, statics);
   if (record.constructor != nullptr) {
     shared.Push(L, Shared::kCallKey);

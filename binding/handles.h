@@ -60,17 +60,14 @@ inline int PushClassTableOfClosure(lua_State* L) {
   return lua_gettop(L);
 }
 
-// Whether the type has the class of the module whose slot it is in, and not that of another module.
-inline bool HasOwnClass(TypeDescriptor* const* type) {
-  const ClassRecord* record = (*type)->class_record;
-  return record != nullptr && record->type == type;
-}
-
-// The same as PushEmptyHandle and PushHandle in such a closure. The slot is that of the class's own record.
-inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int class_table,
+// The same as PushEmptyHandle and PushHandle in such a closure. The class name is the very string of the record from
+// which the upvalue was made: while the type has a record with that one, the upvalue is good.
+inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor* type, const char* class_name, int class_table,
                                     int name_upvalue = kClassName) {
-  Handle* handle = PushBareHandle(L, *type);
-  if (HasOwnClass(type)) {
+  Handle* handle = PushBareHandle(L, type);
+  const ClassRecord* record = type->class_record;
+  if (record == nullptr) return handle;
+  if (record->qualified_name == class_name) {
     lua_pushvalue(L, lua_upvalueindex(name_upvalue));
     if (lua_rawget(L, class_table) == LUA_TTABLE) {
       lua_setmetatable(L, -2);
@@ -79,16 +76,16 @@ inline Handle* PushEmptyClassHandle(lua_State* L, TypeDescriptor** type, int cla
     lua_pop(L, 1);
   }
   // The running function may be a dispatcher, whose upvalues are others.
-  if ((*type)->class_record != nullptr) AttachClass(L, *type);
+  AttachClass(L, type);
   return handle;
 }
 
-inline void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor** type, int class_table,
+inline void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor* type, const char* class_name, int class_table,
                             int name_upvalue = kClassName) {
   if (pointer == nullptr) {
     lua_pushnil(L);
   } else {
-    PushEmptyClassHandle(L, type, class_table, name_upvalue)->pointer = pointer;
+    PushEmptyClassHandle(L, type, class_name, class_table, name_upvalue)->pointer = pointer;
   }
 }
 

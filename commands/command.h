@@ -192,9 +192,9 @@ using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, con
 // Pushes the handle for a pointer result. That comes before the call, as it may raise an error, which must find nothing
 // of the client's to lose.
 inline binding::Handle* PushResultHandle(lua_State* L, const Description& command) {
-  binding::TypeDescriptor** type = TypeSlot(command.result);
-  if (command.result == TypeId::_p_tq_obj) return binding::PushEmptyHandle(L, *type);  // no class of this module's
-  return binding::PushEmptyClassHandle(L, type, binding::PushClassTableOfClosure(L));
+  binding::TypeDescriptor* type = Type(command.result);
+  if (command.result == TypeId::_p_tq_obj) return binding::PushEmptyHandle(L, type);  // no class of this module's
+  return binding::PushEmptyClassHandle(L, type, ClassName(command.result), binding::PushClassTableOfClosure(L));
 }
 
 template <class... T>

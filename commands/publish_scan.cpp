@@ -19,8 +19,11 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   lua_State* L = scan->callback.state;
   int class_table = binding::PushClassTableOfClosure(L);
   swiglua_ref_get(&scan->callback);
-  binding::PushClassHandle(L, g, TypeSlot(TypeId::_p_tq_global_s), class_table);
-  binding::PushClassHandle(L, message, TypeSlot(TypeId::_p_tq_mom_pubsub_msg_s), class_table, binding::kClassName + 1);
+  auto push = [&](void* pointer, TypeId type, int name_upvalue) {
+    binding::PushClassHandle(L, pointer, Type(type), ClassName(type), class_table, name_upvalue);
+  };
+  push(g, TypeId::_p_tq_global_s, binding::kClassName);
+  push(message, TypeId::_p_tq_mom_pubsub_msg_s, binding::kClassName + 1);
   swiglua_ref_get(&scan->argument);
   if (!lua_isfunction(L, class_table + 1)) {
     lua_remove(L, class_table);

@@ -17,16 +17,18 @@ extern "C" {
     "    tq_mom_sync.TQ_MOM_NO_READY = -4\n"
     "    tq_mom_sync.TQ_MOM_GLOBAL_DB_NO_WRITE = -5";
 
-// Runs the chunk; its errors go to the standard error stream. Leaves the stack as it was.
-[[gnu::visibility("default")]] void luaopen_tq_mom_sync_user(lua_State* L) {
+// Runs the chunk; its errors go to the standard error stream. Leaves the stack as it was. A caller in C need not look at
+// the result, which is for require "tq_mom_sync.user": it takes this function for that module's loader.
+[[gnu::visibility("default")]] int luaopen_tq_mom_sync_user(lua_State* L) {
   const char* code = luaopen_tq_mom_sync_luacode;
-  if (code == nullptr || *code == '\0') return;
+  if (code == nullptr || *code == '\0') return 0;
   int top = lua_gettop(L);
   if (luaL_loadstring(L, code) != LUA_OK || lua_pcall(L, 0, LUA_MULTRET, 0) != LUA_OK) {
     const char* message = lua_tostring(L, -1);
     std::fprintf(stderr, "%s\n", message != nullptr ? message : luaL_typename(L, -1));
   }
   lua_settop(L, top);
+  return 0;
 }
 
 // The entry point: returns the module table, which is also the global tq_mom_sync.

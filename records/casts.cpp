@@ -21,7 +21,7 @@ int CastHandle(lua_State* L, const char* name, TypeId type) {
     const binding::Piece message[] = {"Error in ", name, ", expected a void* at argument number 1\n", nullptr};
     binding::RaiseAtCaller(L, message);
   }
-  binding::PushClassHandle(L, handle != nullptr ? handle->pointer : nullptr, TypeSlot(type),
+  binding::PushClassHandle(L, handle != nullptr ? handle->pointer : nullptr, Type(type), ClassName(type),
                            binding::PushClassTableOfClosure(L));
   return 1;
 }

@@ -274,7 +274,7 @@ constexpr TypeId ValueTypeFor() {
 
 // One instance serves all fields of a kind.
 template <class FieldKind>
-[[gnu::noinline, gnu::noclone]] int GetShared(lua_State* L, const Field& field) {
+[[gnu::noinline]] int GetShared(lua_State* L, const Field& field) {
   if (char* member = MemberOf(L, {field, Access::kGet})) {
     FieldKind::Push(L, member, field);
   } else {
@@ -284,7 +284,7 @@ template <class FieldKind>
 }
 
 template <class FieldKind>
-[[gnu::noinline, gnu::noclone]] int SetShared(lua_State* L, const Field& field) {
+[[gnu::noinline]] int SetShared(lua_State* L, const Field& field) {
   char* member = MemberOf(L, {field, Access::kSet});
   if (!FieldKind::Store(L, member, field)) Accessor{field, Access::kSet}.Reject(L, 2);
   return 0;

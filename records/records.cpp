@@ -66,7 +66,8 @@ int NewRecord(lua_State* L, TypeId record, std::size_t size) {
     binding::RaiseCountError(L, name, 0);
   }
   // The handle comes first: making it may raise an error, which must find no record to lose.
-  binding::Handle* handle = binding::PushEmptyClassHandle(L, TypeSlot(record), binding::PushClassTableOfClosure(L));
+  binding::Handle* handle =
+      binding::PushEmptyClassHandle(L, Type(record), ClassName(record), binding::PushClassTableOfClosure(L));
   handle->pointer = std::calloc(1, size);
   if (handle->pointer == nullptr) {
     lua_pushnil(L);

@@ -54,7 +54,8 @@ void SetUpTypes() {
     TypeDescriptor& type = own_descriptors[i];
     type.mangled_name = name;
     type.readable_name = NextName(type.mangled_name);
-    name = NextName(NextName(type.readable_name));
+    class_names[i] = NextName(type.readable_name);
+    name = NextName(class_names[i]);
     cast_entries[i][0].target_type = &type;
     own_types[i] = &type;
     own_casts[i] = cast_entries[i];
@@ -69,12 +70,11 @@ void SetUpTypes() {
 }  // namespace
 
 TypeDescriptor* type_table[kTypeCount + 1];
+const char* class_names[kTypeCount];
 
 const char* MangledName(TypeId id) { return own_descriptors[static_cast<int>(id)].mangled_name; }
 
 const char* ReadableName(TypeId id) { return NextName(MangledName(id)); }
-
-const char* ClassName(TypeId id) { return NextName(ReadableName(id)); }
 
 ModuleRecord* Types() {
   if (module_record.next_module == nullptr) SetUpTypes();

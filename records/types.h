@@ -148,10 +148,14 @@ extern binding::TypeDescriptor* type_table[kTypeCount + 1];
 inline binding::TypeDescriptor** TypeSlot(TypeId id) { return &type_table[static_cast<int>(id)]; }
 inline binding::TypeDescriptor* Type(TypeId id) { return *TypeSlot(id); }
 
+extern const char* class_names[kTypeCount];
+
 // The names that we gave the type, whoever's descriptor is in use.
 const char* MangledName(TypeId id);
 const char* ReadableName(TypeId id);
-const char* ClassName(TypeId id);  // empty for types without a class
+inline const char* ClassName(TypeId id) {
+  return class_names[static_cast<int>(id)];
+}  // empty for types without a class
 
 // A Lua function of the module.
 struct Function {

@@ -57,6 +57,11 @@ function TestStartup:test_the_hook_sets_the_status_codes()
   for name, value in pairs(kStatuses) do luaunit.assertEquals(tq[name], value) end
 end
 
+function TestStartup:test_the_hook_gives_a_loader_nothing()
+  local loader = package.loadlib(path, "luaopen_tq_mom_sync_user")
+  luaunit.assertEquals(select("#", loader("tq_mom_sync.user", path)), 0)
+end
+
 -- The codes go into whatever the global names at that time.
 function TestStartup:test_the_hook_reaches_the_module_through_the_global()
   tq_mom_sync = {}

@@ -73,6 +73,20 @@ function TestClassOverwriting:test_new_handles_take_the_class_of_the_module_fill
   lu.assertIs(getmetatable(module.convertPtrToSetRes(result)), registry.SWIG.tq_mom_set_res_t)
 end
 
+function TestClassOverwriting:test_the_class_is_that_of_the_record_though_it_names_this_modules_slot()
+  local descriptor = peer.find "_p_tq_mom_set_res_s"
+  local foreign = peer.type(peer.find "_p_tq_obj").class
+  peer.set_class(descriptor, foreign)
+  peer.share_slot(foreign, own_set_res_class)
+  registry.SWIG.later_obj = { __index = function(_, key) return "later's " .. key end }
+  local result = module.tq_mom_set_res_t()
+  local cast = module.convertPtrToSetRes(result)
+  peer.set_class(descriptor, own_set_res_class)
+  lu.assertIs(debug.getmetatable(result), registry.SWIG.later_obj)
+  lu.assertIs(debug.getmetatable(cast), registry.SWIG.later_obj)
+  registry.SWIG.later_obj = nil
+end
+
 function TestClassOverwriting:test_collection_asks_the_descriptor_for_the_destructor()
   peer.destroyed()
   local descriptor = peer.find "_p_tq_obj"
@@ -88,13 +102,16 @@ function TestClassOverwriting:test_collection_asks_the_descriptor_for_the_destru
   lu.assertEquals(peer.destroyed(), {})
 end
 
-function TestClassOverwriting:test_collection_does_not_clear_the_own_word()
+function TestClassOverwriting:test_a_foreign_object_is_destroyed_once()
   local memory = peer.alloc(8)
   local handle = peer.new_handle(memory, peer.find "_p_tq_obj", true)
   registry.SWIG.get_op_t.__gc(handle)
   registry.SWIG.get_op_t.__gc(handle)
-  lu.assertEquals(peer.destroyed(), { memory, memory })
-  lu.assertEquals({ peer.words(handle) }, { peer.find "_p_tq_obj", 1, memory })
+  lu.assertEquals(peer.destroyed(), { memory })
+  lu.assertEquals({ peer.words(handle) }, { peer.find "_p_tq_obj", 0, memory })
+  local unowned = peer.new_handle(memory, peer.find "_p_ring_stranger", true)
+  registry.SWIG.get_op_t.__gc(unowned)
+  lu.assertEquals({ peer.words(unowned) }, { peer.find "_p_ring_stranger", 1, memory })
 end
 
 TestConversion = {}

@@ -589,6 +589,14 @@ static int SetClass(lua_State* L) {
   return 0;
 }
 
+/* share_slot(class, other): the class names the other one's slot as the place of its type */
+static int ShareSlot(lua_State* L) {
+  class_record* c = CheckLight(L, 1);
+  const class_record* other = CheckLight(L, 2);
+  c->type = other->type;
+  return 0;
+}
+
 static int SetBase(lua_State* L) {
   class_record* c = CheckLight(L, 1);
   c->bases[luaL_checkinteger(L, 2) - 1] = CheckLight(L, 3);
@@ -891,6 +899,7 @@ __attribute__((visibility("default"))) int luaopen_ring_peer(lua_State* L) {
                                        {"find", Find},
                                        {"class", Class},
                                        {"set_class", SetClass},
+                                       {"share_slot", ShareSlot},
                                        {"set_base", SetBase},
                                        {"add_cast", AddCast},
                                        {"take_casts", TakeCasts},

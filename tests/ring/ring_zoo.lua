@@ -68,6 +68,11 @@ function TestBases:test_classes_are_kept_under_the_qualified_name()
   lu.assertIs(registry.SWIG["zoo.Dog"][".static"], zoo.Dog)
 end
 
+function TestBases:test_a_class_without_bases_puts_its_own_statics_over_what_is_nested_in_it()
+  lu.assertEquals({ zoo.Shape.Lid, zoo.Shape.small }, { 8, 9 })
+  lu.assertEquals(registry.SWIG["zoo.Shape.Lid"][".static"].__index, nil)
+end
+
 TestMembers = {}
 
 function TestMembers:test_attributes_of_the_class_and_its_bases()

@@ -274,7 +274,20 @@ ClassRecord orphan_class = {"Orphan",   "zoo.Orphan", &type_table[kOrphan], Cons
                             Destroy,    kNoMethods,   kNoAttributes,        &orphan_static,
                             kNoMethods, orphan_bases, orphan_base_names};
 
-const NamespaceRecord shape_static = {"Shape", kNoMethods, kNoAttributes, kNoConstants, kNoClasses, kNoNamespaces};
+// A class and a namespace in it have the names of constants, which win.
+
+constexpr Constant kSmallConstants[] = {{binding::kInteger, "SIZE", 1, 0, nullptr, nullptr}, {}};
+const NamespaceRecord small_namespace = {"small",         kNoMethods, kNoAttributes,
+                                         kSmallConstants, kNoClasses, kNoNamespaces};
+const NamespaceRecord lid_static = {"Lid", kNoMethods, kNoAttributes, kNoConstants, kNoClasses, kNoNamespaces};
+ClassRecord lid_class = {"Lid",         "zoo.Shape.Lid", &type_table[kShape], nullptr,  nullptr,      kNoMethods,
+                         kNoAttributes, &lid_static,     kNoMethods,          no_bases, no_base_names};
+ClassRecord* const kShapeClasses[] = {&lid_class, nullptr};
+const NamespaceRecord* const kShapeNamespaces[] = {&small_namespace, nullptr};
+constexpr Constant kShapeConstants[] = {
+    {binding::kInteger, "Lid", 8, 0, nullptr, nullptr}, {binding::kInteger, "small", 9, 0, nullptr, nullptr}, {}};
+const NamespaceRecord shape_static = {"Shape",         kNoMethods,    kNoAttributes,
+                                      kShapeConstants, kShapeClasses, kShapeNamespaces};
 ClassRecord shape_class = {"Shape",       "zoo.Shape",   &type_table[kShape], nullptr,  nullptr,      kNoMethods,
                            kNoAttributes, &shape_static, kNoMethods,          no_bases, no_base_names};
 
@@ -310,9 +323,6 @@ ClassRecord cage_class = {"Cage",     "zoo.cages.Cage", &type_table[kCage], Cons
                           kNoMethods, no_bases,         no_base_names};
 ClassRecord* const kCageClasses[] = {&cage_class, nullptr};
 
-constexpr Constant kSmallConstants[] = {{binding::kInteger, "SIZE", 1, 0, nullptr, nullptr}, {}};
-const NamespaceRecord small_namespace = {"small",         kNoMethods, kNoAttributes,
-                                         kSmallConstants, kNoClasses, kNoNamespaces};
 const NamespaceRecord empty_namespace = {"empty", kNoMethods, kNoAttributes, kNoConstants, kNoClasses, kNoNamespaces};
 const NamespaceRecord* const kCageNamespaces[] = {&small_namespace, &empty_namespace, nullptr};
 // Constants of a namespace that comes after the classes of their types.
