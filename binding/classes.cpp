@@ -15,9 +15,10 @@ int Disown(lua_State* L) {
   return 0;
 }
 
-// A script can call this, too, and the collector then calls it again: what is destroyed is not owned any more.
+// A script can call this, too, and the collector then calls it again. A handle keeps its words for those who read them;
+// its user value says that what it owned is destroyed.
 int Collect(lua_State* L) {
-  Handle* handle = HandleAt(L, -1);
+  const Handle* handle = HandleAt(L, -1);
   if (handle == nullptr) {
     TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
     return 0;
@@ -25,7 +26,9 @@ int Collect(lua_State* L) {
   if (handle->own == 0 || handle->type == nullptr) return 0;
   const ClassRecord* record = handle->type->class_record;
   if (record == nullptr || record->destructor == nullptr) return 0;
-  handle->own = 0;
+  if (lua_getuservalue(L, -1) == LUA_TBOOLEAN) return 0;
+  lua_pushboolean(L, 1);
+  lua_setuservalue(L, -3);
   record->destructor(handle->pointer);
   return 0;
 }
