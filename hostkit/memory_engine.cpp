@@ -36,7 +36,7 @@ Range RangeOf(int start, int stop, std::size_t size) {
 
 template <typename Container>
 auto Nth(Container& elements, std::size_t index) {
-  using Distance = std::iterator_traits<decltype(elements.begin())>::difference_type;
+  using Distance = typename std::iterator_traits<decltype(elements.begin())>::difference_type;
   return index <= elements.size() / 2 ? std::next(elements.begin(), static_cast<Distance>(index))
                                       : std::prev(elements.end(), static_cast<Distance>(elements.size() - index));
 }

@@ -4,7 +4,6 @@
 #include <lua.h>
 #include <stdlib.h>
 #include <time.h>
-
 #include <tq_kit/subscribe.h>
 #include <tq_kit/value_object.h>
 

@@ -135,10 +135,12 @@ struct Stub<kName, Result(Args...)> {
 
 // A function cannot be defined from its type alone, but a resolver can: the loader binds each name to the stub that the
 // template made of the declaration.
-#define TQ_DEFINE_STUB(name)                                                                       \
-  extern "C" {                                                                                     \
-  static decltype(&name) Resolve_##name() { return &recorder::Stub<#name, decltype(name)>::Call; } \
-  decltype(name) name __attribute__((ifunc("Resolve_" #name)));                                    \
+#define TQ_DEFINE_STUB(name)                                       \
+  extern "C" {                                                     \
+  [[gnu::visibility("hidden")]] decltype(&name) Resolve_##name() { \
+    return &recorder::Stub<#name, decltype(name)>::Call;           \
+  }                                                                \
+  decltype(name) name __attribute__((ifunc("Resolve_" #name)));    \
   }
 
 TQ_CLIENT_FUNCTIONS(TQ_DEFINE_STUB)
