@@ -29,6 +29,7 @@ if(TQ_INSTALL_DEVELOPMENT)
   write_basic_package_version_file(tq_mom_syncConfigVersion.cmake COMPATIBILITY SameMajorVersion)
   install(FILES ${PROJECT_BINARY_DIR}/tq_mom_syncConfig.cmake ${PROJECT_BINARY_DIR}/tq_mom_syncConfigVersion.cmake
           DESTINATION ${tq_cmake_dir} COMPONENT development)
+  install(DIRECTORY editor DESTINATION share/${tq_deb_name} COMPONENT development)
   install(FILES LICENSE DESTINATION share/doc/${tq_deb_name}-dev RENAME copyright COMPONENT development)
 endif()
 

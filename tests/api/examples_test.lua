@@ -1,5 +1,7 @@
 -- Runs every example of the description and compares what it prints with what it says: examples_test.lua [module]...
 -- Each example has a runtime of its own and leaves nothing behind.
+local module_names = {table.unpack(arg)}
+arg = {[0] = arg[0]} -- before luaunit, which takes arguments for names of tests
 local luaunit = require "luaunit"
 local description = require "api.description"
 local kit = require "kit"
@@ -39,20 +41,16 @@ local function add(module, family, entry)
   end
 end
 
-local wanted = {}
-for _, name in ipairs(arg) do wanted[name] = true end
-for _, module in ipairs(description.modules) do
-  if wanted[module.name] then
-    for _, family in ipairs(module.families) do
-      for _, list in ipairs {family.globals, family.functions} do
-        for _, entry in ipairs(list) do add(module, family, entry) end
-      end
-      for _, class in ipairs(family.classes) do
-        if class.example then add(module, family, class) end
-      end
+for _, name in ipairs(module_names) do
+  local module = description.module_by_name[name]
+  for _, family in ipairs(module.families) do
+    for _, list in ipairs {family.globals, family.functions} do
+      for _, entry in ipairs(list) do add(module, family, entry) end
+    end
+    for _, class in ipairs(family.classes) do
+      if class.example then add(module, family, class) end
     end
   end
 end
-arg = {[0] = arg[0]}
 
 kit.run()

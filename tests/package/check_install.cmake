@@ -5,6 +5,7 @@ set(prefix ${WORK}/prefix)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix} --strip)
 expect_file(${prefix}/lib/lua/5.3/tq_mom_sync.so)
 expect_file(${prefix}/include/tq_mom/tq_mom.h)
+expect_file(${prefix}/share/lua-tq-mom-sync/editor/tq_mom_sync.lua)
 run_module(${prefix}/lib/lua/5.3)
 
 set(arguments "")
