@@ -1,5 +1,5 @@
 // Runtime and connection control.
-#include <tq_kit/value_object.h>
+#include <tq_kit/live.h>
 #include <tq_mom/tq_mom.h>
 
 #include <cstdio>
@@ -81,7 +81,7 @@ int tq_mom_debug_show_all(tq_global_t* g) {
                   summary.expiring);
     }
     std::printf("subscriptions: %zu\nunreleased: %zu results, %zu objects\n", client->subscriptions.size(),
-                tq_kit_live_results(), tq_obj_live_count());
+                tq_kit_live_results(), tq_kit_live_objects());
     std::fflush(stdout);
     return TQ_MOM_OK;
   });

@@ -1,6 +1,6 @@
 #include "hostkit/results.h"
 
-#include <tq_kit/subscribe.h>
+#include <tq_kit/live.h>
 
 namespace hostkit {
 

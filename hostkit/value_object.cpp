@@ -1,3 +1,4 @@
+#include <tq_kit/live.h>
 #include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>
 
@@ -74,7 +75,9 @@ tq_obj* tq_obj_new(const char* key, size_t key_length) {
 
 int tq_obj_is_live(const void* pointer) { return LiveObject(pointer) != nullptr ? 1 : 0; }
 
-size_t tq_obj_live_count(void) { return LiveObjects().size(); }
+void tq_obj_delete(tq_obj* object) { tq_mom_tq_obj_free(object); }
+
+size_t tq_kit_live_objects(void) { return LiveObjects().size(); }
 
 int tq_obj_set_key(tq_obj* object, const char* key, size_t length) {
   if (LiveObject(object) == nullptr || (key == nullptr && length != 0)) return TQ_MOM_INPUT_ERR;

@@ -1,7 +1,9 @@
 // The Lua module tq_obj: makes and reads value objects. It gives the type `tq_obj *`, which it shares with the other
 // modules of its kind, a class: values that tq_mom_sync returns then have it, too.
 #include <tq_kit/value_object.h>
-#include <tq_mom/client.h>
+
+#include <algorithm>
+#include <climits>
 
 #include "binding/arguments.h"
 #include "binding/handles.h"
@@ -157,7 +159,7 @@ int SetField(lua_State* L) {
 // object:fields(): a table of the numbered fields.
 int Fields(lua_State* L) {
   const tq_obj* object = CheckObject(L, 1);
-  lua_newtable(L);
+  lua_createtable(L, 0, static_cast<int>(std::min<std::size_t>(tq_obj_field_count(object), INT_MAX)));
   std::uint32_t tag;
   std::size_t length;
   for (std::size_t i = 0; const char* bytes = tq_obj_field_at(object, i, &tag, &length); ++i) {
@@ -192,7 +194,7 @@ int ToString(lua_State* L) {
   return 1;
 }
 
-void Free(void* object) { tq_mom_tq_obj_free(static_cast<tq_obj*>(object)); }
+void Delete(void* object) { tq_obj_delete(static_cast<tq_obj*>(object)); }
 
 const char* no_base_names[] = {nullptr};
 ClassRecord* no_bases[] = {nullptr};
@@ -209,7 +211,7 @@ constexpr NamespaceRecord kStatics = {"tq_obj",
                                       binding::kNone<ClassRecord*>,
                                       binding::kNone<const NamespaceRecord*>};
 
-ClassRecord object_class = {"tq_obj",    "tq_obj",  &type_table[0], New,      Free,         kMethods,
+ClassRecord object_class = {"tq_obj",    "tq_obj",  &type_table[0], New,      Delete,       kMethods,
                             kAttributes, &kStatics, kMetamethods,   no_bases, no_base_names};
 ClassRecord* classes[] = {&object_class, nullptr};
 

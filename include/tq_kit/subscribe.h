@@ -2,7 +2,6 @@
 #ifndef TQ_KIT_SUBSCRIBE_H
 #define TQ_KIT_SUBSCRIBE_H
 
-#include <stddef.h>
 #include <tq_mom/tq_mom.h>
 
 #ifdef __cplusplus
@@ -18,9 +17,6 @@ typedef void (*tq_kit_subscriber)(tq_global_t* g, const tq_mom_pubsub_msg_t* mes
 int tq_kit_subscribe(tq_global_t* g, int db, const char* pattern, tq_kit_subscriber subscriber, void* context);
 /* Also from inside a subscriber. TQ_MOM_INPUT_ERR if there is no such subscription. */
 int tq_kit_unsubscribe(tq_global_t* g, int subscription);
-
-/* The result records that have not been released. */
-size_t tq_kit_live_results(void);
 
 #ifdef __cplusplus
 }

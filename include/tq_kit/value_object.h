@@ -1,4 +1,5 @@
-/* Value objects: what a tq_obj holds, and how code outside the client library makes and reads one.
+/* Value objects: all that the Lua module tq_obj needs to make, read and release them. The host kit has these functions
+ * for its own objects; an adapter writes them over those of a platform.
  *
  * A value object has a key text, at most one value (bytes) and any number of numbered fields (bytes), kept in ascending
  * order of their numbers. Key, value and fields are copied in; a pointer that a reader returns stays valid until that
@@ -10,20 +11,22 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <tq_mom/results.h>
+#include <tq_mom/tq_mom.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* A new object without value and fields; null when out of memory. The caller's to release, with tq_mom_tq_obj_free. */
+/* A new object without value and fields; null when out of memory. The caller's to release. */
 tq_obj* tq_obj_new(const char* key, size_t key_length);
 
-/* Nonzero if the pointer is a value object that has not been released. Takes any pointer. */
-int tq_obj_is_live(const void* pointer);
+/* Releases an object that tq_obj_new made. Does nothing when the pointer is no live object: a script may have released
+ * it by other means. */
+void tq_obj_delete(tq_obj* object);
 
-/* The objects that have not been released, those inside results included. */
-size_t tq_obj_live_count(void);
+/* Nonzero if the pointer is a value object that has not been released, whoever made it. Takes any pointer. A platform
+ * that cannot tell says yes to all but null; using a released object is then undefined, as it is there without Lua. */
+int tq_obj_is_live(const void* pointer);
 
 int tq_obj_set_key(tq_obj* object, const char* key, size_t length);
 int tq_obj_set_value(tq_obj* object, const void* value, size_t length);

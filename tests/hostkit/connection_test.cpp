@@ -229,7 +229,7 @@ class Commands : public KitTest {
   void TearDown() override {
     EXPECT_EQ(tq_global_finish(g), TQ_MOM_OK);
     EXPECT_EQ(tq_kit_live_results(), 0U);
-    EXPECT_EQ(tq_obj_live_count(), 1U) << "the key";
+    EXPECT_EQ(tq_kit_live_objects(), 1U) << "the key";
   }
 };
 
@@ -398,7 +398,7 @@ TEST_F(Commands, ResultsAreReleasedByTheirReleaseFunctionOnly) {
   EXPECT_EQ(tq_mom_get_res_free(result), TQ_MOM_OK);
   EXPECT_EQ(tq_mom_get_res_free(result), TQ_MOM_INPUT_ERR);
   EXPECT_EQ(tq_kit_live_results(), 0U);
-  EXPECT_EQ(tq_obj_live_count(), 1U);
+  EXPECT_EQ(tq_kit_live_objects(), 1U);
 
   tq_mom_get_res_t record = {};
   EXPECT_EQ(tq_mom_get_res_free(&record), TQ_MOM_INPUT_ERR);

@@ -41,7 +41,7 @@ void KitTest::SetUp() {
 void KitTest::TearDown() {
   EXPECT_EQ(tq_global_finish(g), TQ_MOM_OK);
   EXPECT_EQ(tq_kit_live_results(), 0U);
-  EXPECT_EQ(tq_obj_live_count(), 0U);
+  EXPECT_EQ(tq_kit_live_objects(), 0U);
 }
 
 void KitTest::Restart(const std::string& snapshot_path) {

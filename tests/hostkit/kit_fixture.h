@@ -3,6 +3,7 @@
 #define TQ_TESTS_HOSTKIT_KIT_FIXTURE_H
 
 #include <gtest/gtest.h>
+#include <tq_kit/live.h>
 #include <tq_kit/subscribe.h>
 #include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>

@@ -81,7 +81,7 @@ class OutOfMemory : public KitTest, public ::testing::WithParamInterface<Case> {
       Arguments arguments;
       FillStore(arguments);
       const std::string before = Dump();
-      const std::size_t objects = tq_obj_live_count();
+      const std::size_t objects = tq_kit_live_objects();
       int status;
       bool hit;
       {
@@ -89,7 +89,7 @@ class OutOfMemory : public KitTest, public ::testing::WithParamInterface<Case> {
         status = GetParam().run(g, arguments);
         hit = FailingAllocations::Hit();
       }
-      ASSERT_EQ(tq_obj_live_count(), objects);
+      ASSERT_EQ(tq_kit_live_objects(), objects);
       ASSERT_EQ(tq_kit_live_results(), 0U);
       ASSERT_TRUE(ClientOf(g)->frames.empty());
       if (!hit) {

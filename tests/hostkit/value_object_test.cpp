@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <tq_kit/live.h>
 #include <tq_kit/value_object.h>
 #include <tq_mom/tq_mom.h>
 
@@ -11,7 +12,7 @@ class ValueObject : public ::testing::Test {
  protected:
   void TearDown() override {
     EXPECT_EQ(tq_mom_tq_obj_free(object), TQ_MOM_OK);
-    EXPECT_EQ(tq_obj_live_count(), 0U);
+    EXPECT_EQ(tq_kit_live_objects(), 0U);
   }
   tq_obj* object = tq_obj_new("key", 3);
 };
@@ -24,7 +25,7 @@ TEST_F(ValueObject, StartsWithAKeyAlone) {
   EXPECT_EQ(length, 0U);
   EXPECT_EQ(tq_obj_field_count(object), 0U);
   EXPECT_EQ(tq_obj_field(object, 0, nullptr), nullptr);
-  EXPECT_EQ(tq_obj_live_count(), 1U);
+  EXPECT_EQ(tq_kit_live_objects(), 1U);
 }
 
 TEST_F(ValueObject, HoldsBinaryBytesWithANulBehindThem) {
@@ -101,6 +102,13 @@ TEST_F(ValueObject, ASecondReleaseIsRefused) {
   tq_obj* other = tq_obj_new("k", 1);
   EXPECT_EQ(tq_mom_tq_obj_free(other), TQ_MOM_OK);
   EXPECT_EQ(tq_mom_tq_obj_free(other), TQ_MOM_INPUT_ERR);
+  tq_obj_delete(other);
+  tq_obj_delete(nullptr);
+}
+
+TEST_F(ValueObject, DeleteReleases) {
+  tq_obj_delete(tq_obj_new("k", 1));
+  EXPECT_EQ(tq_kit_live_objects(), 1U);
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include <lua.h>
 #include <stdlib.h>
 #include <time.h>
+#include <tq_kit/live.h>
 #include <tq_kit/subscribe.h>
-#include <tq_kit/value_object.h>
 
 /* The third word of a handle. */
 static void* PointerAt(lua_State* L, int index) {
@@ -17,7 +17,7 @@ static void* PointerAt(lua_State* L, int index) {
 /* live() -> results, objects: how many of the library's have not been released. */
 static int Live(lua_State* L) {
   lua_pushinteger(L, (lua_Integer)tq_kit_live_results());
-  lua_pushinteger(L, (lua_Integer)tq_obj_live_count());
+  lua_pushinteger(L, (lua_Integer)tq_kit_live_objects());
   return 2;
 }
 
