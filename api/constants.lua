@@ -3,6 +3,7 @@ family "Statuses" {
 }
 
 constants {
+  statuses = true,
   constant "TQ_MOM_OK" (0) "no failure",
   constant "TQ_MOM_ERR" (-1) "failed for a reason without a code of its own",
   constant "TQ_MOM_INPUT_ERR" (-2) "an argument is null, out of range or of the wrong kind",

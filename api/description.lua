@@ -302,7 +302,7 @@ end
 
 function words.constants(list)
   for _, constant in ipairs(list) do
-    constant.family, constant.type = family, list.type
+    constant.family, constant.type, constant.status = family, list.type, list.statuses
     family.constants[#family.constants + 1] = constant
     module.constants[#module.constants + 1] = constant
   end

@@ -61,7 +61,8 @@ runtime_record "tq_thread" {
 }
 
 runtime_record "tq_thread_u" {
-  structure = "tq_thread::tq_thread_u",
+  structure = "tq_thread::tq_thread_u", -- and only the typedef has a name of its own
+  tag = "",
   does = "An event's payload: one of its fields, which share their bytes.",
   int "val" "a number",
   int "fd" "a descriptor",

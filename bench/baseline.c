@@ -9,9 +9,8 @@
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
+#include <tq_description.h>
 #include <tq_mom/tq_mom.h>
-
-#include "baseline_names.h"
 
 #define TQ_LIKELY(condition) __builtin_expect(!!(condition), 1)
 #define TQ_COLD __attribute__((noinline, cold))
@@ -52,7 +51,7 @@ struct Handle {
 #define TQ_DECLARE_TYPE(name, ...) \
   static struct Type type_##name;  \
   static struct Cast cast_##name = {&type_##name, NULL, NULL, NULL};
-TQ_BENCH_CLASSES(TQ_DECLARE_TYPE)
+TQ_MODULE_CLASSES(TQ_DECLARE_TYPE)
 
 static struct Type void_type = {"_p_void", "void *", NULL, NULL, NULL, 0};
 
@@ -783,7 +782,7 @@ static int NotMeasured(lua_State* L) { return luaL_error(L, "not measured"); }
   static const struct Class class_##name = {#name, fields_##name, Construct_##name, free};                           \
   static struct Type type_##name = {                                                                                 \
       "_p_" #tag, #kind " " #tag " *|" #tag " *|" #name " *", NULL, &cast_##name, &class_##name, 0};
-TQ_BENCH_CLASSES(TQ_CLASS)
+TQ_MODULE_CLASSES(TQ_CLASS)
 
 struct Accessors {
   const struct Class* owner;
@@ -887,7 +886,7 @@ static void MakeNamespace(lua_State* L, int size, int metatable_size) {
 static void AddStatics(lua_State* L, const struct Class* owner, int table) {
 #define TQ_STATIC(class, name) \
   if (owner == &class_##class) RawSetInteger(L, table, #name, name);
-  TQ_BENCH_STATICS(TQ_STATIC)
+  TQ_MODULE_STATICS(TQ_STATIC)
 }
 
 static void AddClass(lua_State* L, const struct Class* record) {
@@ -928,7 +927,7 @@ static void AddClass(lua_State* L, const struct Class* record) {
 
 static const char* const function_names[] = {
 #define TQ_NAME(name) #name,
-    TQ_BENCH_FUNCTIONS(TQ_NAME)};
+    TQ_MODULE_FUNCTIONS(TQ_NAME)};
 
 /* The module sets its status codes by a chunk, too. */
 static const char status_codes[] =
@@ -949,12 +948,16 @@ __attribute__((visibility("default"))) int luaopen_baseline(lua_State* L) {
   RawSetFunction(L, kGlobals, "swig_equals", Equals);
   lua_pushliteral(L, "SWIG");
   PushClassTable(L, kRegistryKey);
-  MakeNamespace(L, 119 + 106 + 66 + 6, 5);
+#define TQ_COUNT(...) +1
+  MakeNamespace(L,
+                0 TQ_MODULE_FUNCTIONS(TQ_COUNT) TQ_MODULE_CONSTANTS(TQ_COUNT) TQ_MODULE_STATICS(TQ_COUNT)
+                    TQ_MODULE_CLASSES(TQ_COUNT) TQ_MODULE_STATUSES(TQ_COUNT),
+                5);
   lua_setmetatable(L, kModule);
 #define TQ_CONSTANT(name) RawSetInteger(L, kModule, #name, name);
-  TQ_BENCH_CONSTANTS(TQ_CONSTANT)
+  TQ_MODULE_CONSTANTS(TQ_CONSTANT)
 #define TQ_FLAT_STATIC(class, name) RawSetInteger(L, kModule, #class "_" #name, name);
-  TQ_BENCH_STATICS(TQ_FLAT_STATIC)
+  TQ_MODULE_STATICS(TQ_FLAT_STATIC)
   for (size_t i = 0; i < sizeof function_names / sizeof *function_names; ++i) {
     RawSetFunction(L, kModule, function_names[i], NotMeasured);
   }
@@ -971,7 +974,7 @@ __attribute__((visibility("default"))) int luaopen_baseline(lua_State* L) {
   PushDispatcher(L, GetMember, kIndexNames);
   PushDispatcher(L, SetMember, kNewIndexNames);
 #define TQ_ADD_CLASS(name, ...) AddClass(L, &class_##name);
-  TQ_BENCH_CLASSES(TQ_ADD_CLASS)
+  TQ_MODULE_CLASSES(TQ_ADD_CLASS)
   RawSetCopy(L, kGlobals, "baseline", kModule);
   lua_settop(L, kModule);
   if (luaL_dostring(L, status_codes)) return lua_error(L);

@@ -1,6 +1,7 @@
 -- What all test files share: the modules on the host kit's store, suites that end with nothing left over, and short
 -- forms of what every test does.
 local luaunit = require "luaunit"
+local description = require "api.description"
 
 -- The modules take the client library's symbols from the process.
 assert(package.loadlib(assert(package.searchpath("libtq_mom_impl", package.cpath)), "*"))
@@ -10,46 +11,13 @@ local probe = require "kit_probe"
 
 local kit = {tq_obj = tq_obj, probe = probe, module = tq}
 
--- The module's functions by family. Each test file uses all of its own.
-kit.families = {
-  connection = {
-    "tq_global_init", "tq_global_finish", "tq_global_get_master", "tq_global_run", "client_connect",
-    "client_connect_cluster", "debug_show_all", "bgsave",
-  },
-  strings = {
-    "get", "get_ext", "set", "set_ext", "setnx", "setnx_noreply", "setnx_noreply_ext", "del", "del_ext", "exists",
-    "exists_ext", "incr", "incr_ext", "get_res_free", "incr_res_free", "tq_obj_free",
-  },
-  expiry = {
-    "psetex", "psetex_ext", "pexpire", "pdel", "del_expire", "pexpire_field", "pexpire_fields",
-  },
-  hashes = {
-    "hmset", "hmsetnx", "hmset_ext", "hmsetnx_ext", "hmget", "hgetall", "hgetall_ext", "hash_res_free",
-  },
-  lists = {
-    "lpush", "lpush_ext", "rpush", "rpush_ext", "lpop", "lpop_ext", "rpop", "rpop_ext", "llen", "llen_ext", "lrange",
-    "lrange_ext", "linsert", "linsert_ext", "lset", "lset_ext", "lrem", "lrem_ext", "lrange_res_free",
-  },
-  sets = {
-    "sadd", "sadd_ext", "srem", "srem_ext", "sismember", "sismember_ext", "scard", "scard_ext", "smembers",
-    "smembers_ext", "smembers_res_free",
-  },
-  sorted_sets = {
-    "zadd", "zadd_ext", "zrem", "zrem_ext", "zcard", "zcard_ext", "zcount", "zcount_ext", "zrange", "zrange_ext",
-    "zrangebyscore", "zrangebyscore_ext", "zrank", "zrank_ext", "zscore", "zscore_ext", "zremrangebyrank",
-    "zremrangebyrank_ext", "zremrangebyscore", "zremrangebyscore_ext", "zrange_res_free", "zrangebyscore_res_free",
-    "zscore_res_free",
-  },
-  publish_scan = {"publish", "publish_ext", "scan"},
-  casts = {
-    "convertPtrToHashRes", "convertPtrToSetRes", "convertPtrToListRes", "convertPtrToSortedsetRes",
-    "convertPtrToGetRes", "convertPtrToIncrRes", "convertPtrToSetnxRes", "convertPtrToSmembersRes",
-    "convertPtrToLlenRes", "convertPtrToLrangeRes", "convertPtrToLinsertRes", "convertPtrToLminsertRes",
-    "convertPtrToLmremRes", "convertPtrToLsetRes", "convertPtrToSaveRes", "convertPtrToZcardRes",
-    "convertPtrToZrankRes", "convertPtrToZscoreRes", "convertPtrToZcountRes", "convertPtrToZrangeRes",
-    "convertPtrToZrangebyscoreRes", "convertPtrToScardRes", "convertPtrToSismemberRes", "convertPtrToScanAllMsg",
-  },
-}
+-- The module's functions by the file of api/ that describes them, casts apart. Each test file uses all of its own.
+kit.families = {}
+for _, entry in ipairs(description.module_by_name.tq_mom_sync.functions) do
+  local family = entry.cast and "casts" or entry.family.file
+  kit.families[family] = kit.families[family] or {}
+  table.insert(kit.families[family], entry.name)
+end
 
 -- The module, which notes the functions that a test takes from it.
 local used = {}

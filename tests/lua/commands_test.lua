@@ -325,7 +325,7 @@ end
 
 function tests.right_values(command)
   local values, expected = good_values(command)
-  if command.is_cast then
+  if command.cast then
     local results = table.pack(call(command, values))
     support.no_call()
     check_results(command, expected[1], results)
@@ -346,7 +346,7 @@ function tests.right_values(command)
 end
 
 function tests.null_and_extreme_results(command)
-  if command.is_cast then
+  if command.cast then
     luaunit.assertEquals(table.pack(call(command, {n = 1})), {n = 1})
     return
   end
@@ -461,8 +461,6 @@ for _, command in ipairs(catalog.commands) do
 end
 
 function TestCommands:test_the_catalogue_is_complete()
-  luaunit.assertEquals(#catalog.commands, 119)
-  luaunit.assertEquals(recorder.client_functions, 119 - 24)
   local names = {}
   for name, value in pairs(tq) do
     if type(value) == "function" then names[name] = true end

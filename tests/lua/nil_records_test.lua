@@ -16,7 +16,7 @@ end
 local function value_for(field)
   if field.kind == "union" then return nil, true end
   if field.kind == "chars" or field.kind == "cstring" then return string.rep("t", 600) end
-  if field.type then return support.handle(field.type, 0) end
+  if field.mangled then return support.handle(field.mangled, 0) end
   return 7
 end
 
@@ -48,7 +48,7 @@ end
 
 function TestAccessors:test_nil_is_stored_nowhere_either()
   each_field(function(field)
-    if (field.kind == "chars" or field.type) and field.kind ~= "union" then
+    if (field.kind == "chars" or field.mangled) and field.kind ~= "union" then
       luaunit.assertEquals(select("#", accessor(field, "set")(nil, nil)), 0, field.name)
     end
   end)

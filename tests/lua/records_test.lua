@@ -58,7 +58,7 @@ local function assign_and_check(object, field, value, bytes)
     before:sub(1, layout.offset) .. bytes .. before:sub(layout.offset + layout.size + 1))
 end
 
-local function readable(field) return support.type_by_mangled[field.type].readable end
+local function readable(field) return support.type_by_mangled[field.mangled].readable end
 
 -- An assignment that fails leaves the record alone.
 local function assignment_fails(field, value, message)
@@ -111,7 +111,7 @@ local function pointer_bytes(address) return string.pack(support.pointer, addres
 
 local function check_pointer_getter(object, field, address)
   support.is_handle(object[field.name], readable(field), address)
-  local descriptor = support.type_by_mangled[field.type]
+  local descriptor = support.type_by_mangled[field.mangled]
   luaunit.assertEquals(debug.getmetatable(object[field.name]) ~= nil, descriptor.class_record ~= 0)
 end
 
@@ -131,7 +131,7 @@ local function check_any_handle(field)
   end
 end
 
-function checks.obj(field)
+function checks.object(field)
   check_any_handle(field)
   local object = patterned(field.class)
   for _, plain in ipairs(support.plain_values) do
@@ -163,7 +163,7 @@ end
 
 -- Fields that take a handle of one type.
 local function check_typed_handle(field, disowns, store)
-  local type_address = support.type_by_mangled[field.type].address
+  local type_address = support.type_by_mangled[field.mangled].address
   assert(type_address)
   for _, plain in ipairs(support.plain_values) do
     assignment_fails(field, plain[2], kind_message(field, 2, field.text, plain[1]))
@@ -272,7 +272,7 @@ local function check_array(field, disowns, element_format, elements, check_eleme
   recorder.free(long)
 end
 
-function checks.objs(field)
+function checks.objects(field)
   check_array(field, false, support.pointer, {0x6000, 0, 0x6001, 0x6000}, function(expected, got)
     if expected == 0 then
       luaunit.assertNil(got)
@@ -466,7 +466,7 @@ local function check_setter_arguments(field)
   support.raises(conversion_message(field, "set", 1, field.class.readable, support.type_of(other)), setter, other,
     acceptable(field))
   -- The kind of argument 1 comes before that of argument 2, which comes before conversions.
-  if field.kind ~= "obj" and field.kind ~= "bytes" then
+  if field.kind ~= "object" and field.kind ~= "bytes" then
     support.raises(kind_message(field, 1, field.class.pointer, "boolean"), setter, true, true)
     support.raises(kind_message(field, 2, field.text, "boolean"), setter, other, true)
   end
@@ -480,7 +480,7 @@ local function check_setter_arguments(field)
 end
 
 local fresh = {
-  int = 0.0, size_t = 0.0, llong = 0.0, int64 = 0.0, double = 0.0, short = 0.0, chars = "", objs = {}, scores = {},
+  int = 0.0, size_t = 0.0, llong = 0.0, int64 = 0.0, double = 0.0, short = 0.0, chars = "", objects = {}, scores = {},
   tags = {},
 }
 

@@ -1,5 +1,6 @@
 // A client library that does nothing but write down how it was called. Each function is generated from its declared
 // type.
+#include <tq_description.h>
 #include <tq_mom/tq_mom.h>
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 #include <utility>
 
 #include "call_log.h"
-#include "client_functions.h"
 
 namespace recorder {
 namespace {

@@ -13,7 +13,6 @@
 
 #include "allocations.h"
 #include "call_log.h"
-#include "client_functions.h"
 #include "layouts.h"
 
 namespace recorder {
@@ -481,6 +480,5 @@ extern "C" int luaopen_recorder(lua_State* L) {
   recorder::PushLayouts(L);
   lua_setfield(L, -2, "layouts");
   recorder::SetInteger(L, "word", sizeof(void*));
-  recorder::SetInteger(L, "client_functions", static_cast<lua_Integer>(recorder::kClientFunctionCount));
   return 1;
 }

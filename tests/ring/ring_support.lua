@@ -1,5 +1,8 @@
 --- What the ring and invariant tests share: the client library stub, the peer module, child processes.
-local M = {}
+local catalog = require "catalog"
+
+--- How many types and classes the tested module has.
+local M = {type_count = catalog.type_count, class_count = #catalog.classes}
 
 local function path_of(name)
   return assert(package.searchpath(name, package.cpath))

@@ -93,7 +93,7 @@ function TestStackHeights:test_records()
       if field.kind ~= "union" then
         local value = object[field.name]
         if type(value) == "table" then value = nil end
-        if value ~= nil or field.type then
+        if value ~= nil or field.mangled then
           succeeds(debug.getmetatable(object).__newindex, object, field.name, value)
         end
         fails(debug.getmetatable(object)[".set"][field.name], object, object, object)
