@@ -3,6 +3,10 @@
 #ifndef TQ_BINDING_ABI_H
 #define TQ_BINDING_ABI_H
 
+#if __cplusplus <= 201703L
+#error "tq_mom_sync needs C++20, not C++17"
+#endif
+
 #include <cstddef>
 #include <lua.hpp>
 

@@ -1,4 +1,5 @@
-# cmake -DOUTPUT=<directory> "-DPRESETS=<preset>;..." -DBUILD=<directory of the presets' build trees> -P MergeTests.cmake
+# cmake -DOUTPUT=<directory> "-DPRESETS=<preset>;..." -DBUILD=<directory of the presets' build trees>
+#   -DCONFIGURATION=<quick or full> -P MergeTests.cmake
 #
 # Writes a CTestTestfile.cmake with the tests of all presets, each named <preset>.<test>: ctest takes tests of one name in
 # several build trees for the same test.
@@ -24,8 +25,8 @@ endfunction()
 
 set(content "")
 foreach(preset IN LISTS PRESETS)
-  execute_process(COMMAND ${CMAKE_CTEST_COMMAND} --test-dir ${BUILD}/${preset} --show-only=json-v1 OUTPUT_VARIABLE json
-                  COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${CMAKE_CTEST_COMMAND} --test-dir ${BUILD}/${preset} -C ${CONFIGURATION} --show-only=json-v1
+                  OUTPUT_VARIABLE json COMMAND_ERROR_IS_FATAL ANY)
   string(JSON test_count LENGTH "${json}" tests)
   set(test 0)
   while(test LESS test_count)

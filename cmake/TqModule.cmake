@@ -20,6 +20,10 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm" AND CMAKE_BUILD_TYPE STREQUAL MinSizeRe
     target_compile_options(tq_module_options INTERFACE -mthumb)
   endif()
 endif()
+set(TQ_HASH_STYLE gnu CACHE STRING "Symbol hash table of the modules: gnu, sysv or both")
+if(NOT TQ_HASH_STYLE MATCHES "^(gnu|sysv|both)$")
+  message(FATAL_ERROR "TQ_HASH_STYLE is gnu, sysv or both, not ${TQ_HASH_STYLE}.")
+endif()
 target_include_directories(tq_module_options SYSTEM INTERFACE ${TQ_LUA_INCLUDE_DIR})
 
 # tq_add_module(<name> <sources>...): a Lua module <name>.so that needs the C library only; Lua and the client library
@@ -42,7 +46,7 @@ function(tq_add_module name)
     -Wl,--as-needed
     -Wl,-Bsymbolic
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/module.map
-    -Wl,--hash-style=gnu
+    -Wl,--hash-style=${TQ_HASH_STYLE}
     -Wl,-z,relro
     -Wl,-z,nodelete
     $<$<NOT:$<BOOL:${TQ_SANITIZE}>>:-nostartfiles>)

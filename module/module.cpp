@@ -17,8 +17,8 @@ extern "C" {
     "    tq_mom_sync.TQ_MOM_NO_READY = -4\n"
     "    tq_mom_sync.TQ_MOM_GLOBAL_DB_NO_WRITE = -5";
 
-// Runs the chunk; its errors go to the standard error stream. Leaves the stack as it was. A caller in C need not look at
-// the result, which is for require "tq_mom_sync.user": it takes this function for that module's loader.
+// Runs the chunk; its errors go to the standard error stream. Leaves the stack as it was. A caller in C need not look
+// at the result, which is for require "tq_mom_sync.user": it takes this function for that module's loader.
 [[gnu::visibility("default")]] int luaopen_tq_mom_sync_user(lua_State* L) {
   const char* code = luaopen_tq_mom_sync_luacode;
   if (code == nullptr || *code == '\0') return 0;

@@ -6,6 +6,16 @@ macro(run)
   endif()
 endmacro()
 
+# expect_refusal(<regular expression> <command>...): runs a command that must fail and say why on standard error. Line
+# breaks count as one space, as cmake breaks its messages.
+function(expect_refusal reason)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE error)
+  string(REGEX REPLACE "[ \n]+" " " error "${error}")
+  if(result EQUAL 0 OR NOT error MATCHES "${reason}")
+    message(FATAL_ERROR "${ARGN}\nended with ${result} and said, instead of ${reason}:\n${error}")
+  endif()
+endfunction()
+
 function(expect_file path)
   if(NOT EXISTS ${path})
     message(FATAL_ERROR "missing: ${path}")

@@ -1,0 +1,12 @@
+# Every script explains itself, and a preset that does not exist is refused in the name of the script that was called.
+cmake_minimum_required(VERSION 3.25)
+include(${SCRIPTS}/../package/common.cmake)
+file(GLOB scripts ${SOURCE}/scripts/*)
+foreach(script IN LISTS scripts)
+  cmake_path(GET script FILENAME name)
+  run(${script} --help)
+  if(NOT RUN_OUTPUT MATCHES "scripts/${name}")
+    message(SEND_ERROR "scripts/${name} --help says:\n${RUN_OUTPUT}")
+  endif()
+endforeach()
+expect_refusal("^scripts/test: there is no preset \"hots\"; usage: scripts/test " ${SOURCE}/scripts/test hots)
