@@ -1,8 +1,8 @@
 family "Value objects" {
   [[
 Keys, values and elements are value objects. An object names a key and carries what a command needs of it: a value, or
-numbered fields. Strings hold any bytes. What an object cannot do is a Lua error, and so is the use of one that was
-released. The module is for the host kit; on a device objects come from the platform's own modules and from commands.]],
+numbered fields, which hold any bytes. What an object cannot do is a Lua error, and so is the use of one that was
+released. On the host kit and on a device the module is the same, over different objects.]],
   setup = [[local o = tq_obj.new("motd", "hello")]],
 }
 
@@ -10,6 +10,7 @@ func "new" {
   arg "key: string" "1 to 511 bytes without NUL",
   arg "value?: string" "any bytes",
   returns = ret "object: tq_obj" "which Lua frees",
+  errors = "A key that no command can use, with the reason; a value that is no string.",
   does = "Makes an object.",
   example = [[print(tq_obj.new("motd", "hello")) --> tq_obj(motd = hello)]],
 }
@@ -30,6 +31,39 @@ func "bytes" {
   returns = ret "bytes: string" "a copy",
   does = "Copies the bytes behind a handle.",
   example = [[print(#tq_obj.bytes(nil, 0)) --> 0]],
+}
+
+class "tq_obj.fields" {
+  does = "What `tq_obj.message` takes: fields of `tq_mom_pubsub_msg_t`. `length` follows from the value.",
+  field "db?: integer" "the database",
+  field "key?: string" "the key, or topic",
+  field "field?: string" "the field",
+  field "cmd?: integer" "a command code: `tq.TQ_MOM_PUBLISH`, ...",
+  field "value?: string" "any bytes",
+  field "flag?: integer" "a batch flag",
+  field "db_id?: integer" "the database's number",
+  field "cluster_id?: integer" "the cluster's number",
+  field "error?: integer" "a status",
+}
+
+func "message" {
+  arg "fields: tq_obj.fields" "those not named are 0 or empty",
+  returns = ret "message: tq_mom_pubsub_msg_t" "which Lua frees with the bytes of its value",
+  errors = "A field that messages do not have, or of the wrong kind.",
+  does = "Makes a message as subscribers get it, to test a handler.",
+  example = [[
+local message = tq_obj.message{db = db, key = "alarm/fan", value = "stalled"}
+print(message.key, tq_obj.bytes(message.value, message.length)) --> alarm/fan	stalled]],
+}
+
+func "scan_message" {
+  arg "fields: {key: string, value?: string}" "the key, and the bytes if it is a string's",
+  returns = ret "message: tq_mom_pubsub_msg_t" "which Lua frees; the cast shows it as what it is",
+  errors = "A key or a value that is no string.",
+  does = "Makes a message as the callback of a scan gets it, to test one.",
+  example = [[
+local element = tq.convertPtrToScanAllMsg(tq_obj.scan_message{key = "port/1", value = "up"})
+print(element.key, tq_obj.bytes(element.value, element.vlen)) --> port/1	up]],
 }
 
 class "tq_obj" {

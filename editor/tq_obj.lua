@@ -6,6 +6,8 @@ tq_obj = {}
 
 ---Makes an object.
 ---
+---Errors: A key that no command can use, with the reason; a value that is no string.
+---
 ---```lua
 ---print(tq_obj.new("motd", "hello")) --> tq_obj(motd = hello)
 ---```
@@ -34,6 +36,42 @@ function tq_obj.from(handle) end
 ---@param length integer [bytes] how many; the message knows
 ---@return string bytes a copy
 function tq_obj.bytes(handle, length) end
+
+---Makes a message as subscribers get it, to test a handler.
+---
+---Errors: A field that messages do not have, or of the wrong kind.
+---
+---```lua
+---local message = tq_obj.message{db = db, key = "alarm/fan", value = "stalled"}
+---print(message.key, tq_obj.bytes(message.value, message.length)) --> alarm/fan	stalled
+---```
+---@param fields tq_obj.fields those not named are 0 or empty
+---@return tq_mom_pubsub_msg_t message which Lua frees with the bytes of its value
+function tq_obj.message(fields) end
+
+---Makes a message as the callback of a scan gets it, to test one.
+---
+---Errors: A key or a value that is no string.
+---
+---```lua
+---local element = tq.convertPtrToScanAllMsg(tq_obj.scan_message{key = "port/1", value = "up"})
+---print(element.key, tq_obj.bytes(element.value, element.vlen)) --> port/1	up
+---```
+---@param fields {key: string, value?: string} the key, and the bytes if it is a string's
+---@return tq_mom_pubsub_msg_t message which Lua frees; the cast shows it as what it is
+function tq_obj.scan_message(fields) end
+
+---What `tq_obj.message` takes: fields of `tq_mom_pubsub_msg_t`. `length` follows from the value.
+---@class tq_obj.fields: tq_pointer
+---@field db integer the database
+---@field key string the key, or topic
+---@field field string the field
+---@field cmd integer a command code: `tq.TQ_MOM_PUBLISH`, ...
+---@field value string any bytes
+---@field flag integer a batch flag
+---@field db_id integer the database's number
+---@field cluster_id integer the cluster's number
+---@field error integer a status
 
 ---A value object. Commands return them, too, once both modules are loaded, in either order.
 ---@class tq_obj: tq_pointer

@@ -1,4 +1,4 @@
--- Publishing. Subscribers are native code in the same process; a script sees how many were reached.
+-- Publishing. A script sees how many subscribers were reached; subscribe.lua shows how to be one.
 local tq = require "tq_mom_sync"
 local tq_obj = require "tq_obj"
 
@@ -19,15 +19,15 @@ print(string.format("and again to %d", tq.publish_ext(g, db, options, alarm)))
 print(string.format("stored: %s", tq.exists(g, db, alarm) == 1))
 print(string.format("no message: status %d", tq.publish(g, db, tq_obj.new("alarm/fan"))))
 
--- What a native subscriber passes on to a script is such a record. Scripts can make their own, to test a handler.
+-- What a subscriber gets is such a record. A script can make one, to test a handler.
 local function handle(message)
   assert(message.cmd == tq.TQ_MOM_PUBLISH, "not a published message")
   local last = message.flag == tq.TQ_MOM_SCAN_OVER and ", the last of its batch" or ""
-  print(string.format("handling %s of database %d, %d bytes%s", message.key, message.db, message.length, last))
+  local text = tq_obj.bytes(message.value, message.length)
+  print(string.format("handling %s of database %d: %q%s", message.key, message.db, text, last))
 end
 
-local message = tq.tq_mom_pubsub_msg_t()
-message.db, message.key, message.cmd, message.length = db, "alarm/fan", tq.TQ_MOM_PUBLISH, 7
+local message = tq_obj.message{db = db, key = "alarm/fan", cmd = tq.TQ_MOM_PUBLISH, value = "stalled"}
 handle(message)
 message.flag = tq.TQ_MOM_SCAN_OVER
 handle(message)

@@ -1,9 +1,12 @@
-// The Lua module tq_obj: makes and reads value objects. It gives the type `tq_obj *`, which it shares with the other
-// modules of its kind, a class: values that tq_mom_sync returns then have it, too.
+// The Lua module tq_obj: makes and reads value objects, and messages to test a handler with. It gives the type
+// `tq_obj *`, which it shares with the other modules of its kind, a class: values that tq_mom_sync returns then have
+// it, too.
 #include <tq_kit/value_object.h>
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
+#include <cstring>
 
 #include "binding/arguments.h"
 #include "binding/handles.h"
@@ -20,12 +23,14 @@ using binding::ModuleRecord;
 using binding::NamespaceRecord;
 using binding::TypeDescriptor;
 
-extern TypeDescriptor* type_table[2];
+// In the order of their mangled names.
+enum TypeId { kMessageType, kObjectType, kTypeCount };
+extern TypeDescriptor* type_table[kTypeCount + 1];
 
 // The live object at the index, which must be a handle of one.
 tq_obj* CheckObject(lua_State* L, int index) {
   void* object;
-  if (binding::ConvertPtr(L, index, &object, type_table[0], 0) != 0 || object == nullptr) {
+  if (binding::ConvertPtr(L, index, &object, type_table[kObjectType], 0) != 0 || object == nullptr) {
     luaL_error(L, "bad argument #%d: tq_obj expected, got %s", index, binding::TypeName(L, index));
   }
   if (!tq_obj_is_live(object)) luaL_error(L, "bad argument #%d: the tq_obj was released", index);
@@ -51,6 +56,25 @@ const char* CheckBytes(lua_State* L, int index, const char* part, std::size_t* l
   return lua_tolstring(L, index, length);
 }
 
+// The text at the index, which must be a key that commands take.
+const char* CheckKey(lua_State* L, int index, std::size_t* length) {
+  if (lua_type(L, index) != LUA_TSTRING && lua_type(L, index) != LUA_TNUMBER) {
+    luaL_error(L, "key of a tq_obj: string expected, got %s", binding::TypeName(L, index));
+  }
+  constexpr std::size_t kLongest = TQ_MOM_KEY_MAX_LEN - 1;
+  const char* key = lua_tolstring(L, index, length);
+  if (*length == 0) luaL_error(L, "key of a tq_obj: it is empty, and no command takes an empty key");
+  if (*length > kLongest) {
+    luaL_error(L, "key of a tq_obj: it has %I bytes, and no command takes more than %d",
+               static_cast<lua_Integer>(*length), static_cast<int>(kLongest));
+  }
+  if (const void* nul = std::memchr(key, '\0', *length)) {
+    luaL_error(L, "key of a tq_obj: byte %d is a NUL, and no command takes one",
+               static_cast<int>(static_cast<const char*>(nul) - key) + 1);
+  }
+  return key;
+}
+
 int CheckStatus(lua_State* L, int status) {
   if (status != TQ_MOM_OK) luaL_error(L, status == TQ_MOM_MALLOC_ERR ? "not enough memory" : "not a tq_obj");
   return 0;
@@ -68,10 +92,9 @@ void PushBytes(lua_State* L, const char* bytes, std::size_t length) {
 int New(lua_State* L) {
   std::size_t key_length = 0;
   std::size_t value_length = 0;
-  const char* key = CheckBytes(L, 1, "key", &key_length);
-  if (key == nullptr) return luaL_error(L, "key of a tq_obj: string expected, got %s", luaL_typename(L, 1));
+  const char* key = CheckKey(L, 1, &key_length);
   const char* value = CheckBytes(L, 2, "value", &value_length);
-  binding::Handle* handle = binding::PushEmptyHandle(L, type_table[0]);
+  binding::Handle* handle = binding::PushEmptyHandle(L, type_table[kObjectType]);
   tq_obj* object = tq_obj_new(key, key_length);
   if (object == nullptr) return luaL_error(L, "not enough memory");
   handle->pointer = object;
@@ -90,7 +113,7 @@ int From(lua_State* L) {
   if (!tq_obj_is_live(object)) {
     return luaL_error(L, "bad argument #1: handle of a value object expected, got %s", binding::TypeName(L, 1));
   }
-  binding::PushHandle(L, object, type_table[0], 0);
+  binding::PushHandle(L, object, type_table[kObjectType], 0);
   return 1;
 }
 
@@ -108,6 +131,95 @@ int Bytes(lua_State* L) {
   return 1;
 }
 
+// Pushes a message without content that Lua owns, with `room` bytes behind it in the same block, which its class frees
+// as one. Returns the block, zero-filled.
+char* PushMessage(lua_State* L, std::size_t room) {
+  TypeDescriptor* type = type_table[kMessageType];
+  if (type->class_record == nullptr) luaL_error(L, "messages are records of tq_mom_sync: require it first");
+  binding::Handle* handle = binding::PushEmptyHandle(L, type);
+  auto* block = static_cast<char*>(std::calloc(1, sizeof(tq_mom_pubsub_msg_t) + room));
+  if (block == nullptr) luaL_error(L, "not enough memory");
+  handle->pointer = block;
+  handle->own = 1;
+  return block;
+}
+
+// The named text of the table at index 1, null when it is nil. It stays on the stack.
+const char* CheckEntry(lua_State* L, const char* name, std::size_t* length) {
+  lua_getfield(L, 1, name);
+  if (lua_isnil(L, -1)) return nullptr;
+  if (lua_type(L, -1) != LUA_TSTRING) {
+    luaL_error(L, "%s of a message: string or nil expected, got %s", name, binding::TypeName(L, -1));
+  }
+  return lua_tolstring(L, -1, length);
+}
+
+void CheckTable(lua_State* L) {
+  if (lua_type(L, 1) != LUA_TTABLE) {
+    luaL_error(L, "bad argument #1: table with a message's fields expected, got %s", binding::TypeName(L, 1));
+  }
+}
+
+// tq_obj.message{key = "k", value = "bytes", ...}: a message as subscribers get it, to test a handler with.
+int NewMessage(lua_State* L) {
+  CheckTable(L);
+  lua_settop(L, 1);
+  std::size_t length = 0;
+  const char* value = CheckEntry(L, "value", &length);
+  char* block = PushMessage(L, length);
+  int handle = lua_gettop(L);
+  auto* message = reinterpret_cast<tq_mom_pubsub_msg_t*>(block);
+  if (value != nullptr) {
+    message->value = std::memcpy(block + sizeof(*message), value, length);
+    message->length = length;
+  }
+  luaL_getmetafield(L, handle, ".set");
+  int setters = lua_gettop(L);
+  lua_pushnil(L);
+  while (lua_next(L, 1) != 0) {
+    const char* name = lua_type(L, -2) == LUA_TSTRING ? lua_tostring(L, -2) : nullptr;
+    if (name != nullptr && std::strcmp(name, "value") == 0) {
+      lua_pop(L, 1);
+      continue;
+    }
+    if (name != nullptr && std::strcmp(name, "length") == 0) {
+      return luaL_error(L, "length of a message: it is that of the value, and cannot be given");
+    }
+    lua_pushvalue(L, -2);
+    if (lua_rawget(L, setters) == LUA_TNIL) {
+      return luaL_error(L, "a message has no field '%s'", luaL_tolstring(L, -3, nullptr));
+    }
+    lua_pop(L, 1);
+    lua_pushvalue(L, -2);
+    lua_insert(L, -2);
+    lua_settable(L, handle);
+  }
+  lua_settop(L, handle);
+  return 1;
+}
+
+// tq_obj.scan_message{key = "k", value = "bytes"}: a message as a scan's callback gets it.
+int NewScanMessage(lua_State* L) {
+  CheckTable(L);
+  lua_settop(L, 1);
+  std::size_t key_length = 0;
+  std::size_t value_length = 0;
+  const char* key = CheckEntry(L, "key", &key_length);
+  const char* value = CheckEntry(L, "value", &value_length);
+  if (key == nullptr) return luaL_error(L, "key of a message: string expected, got nil");
+  if (value_length > INT_MAX) return luaL_error(L, "value of a message: too long");
+  // The handle has the other message's type, as in a scan, so whoever does not cast it reads that much.
+  static_assert(sizeof(tq_mom_scan_all_msg_t) <= sizeof(tq_mom_pubsub_msg_t));
+  char* block = PushMessage(L, key_length + 1 + value_length);
+  char* room = block + sizeof(tq_mom_pubsub_msg_t);
+  auto* message = reinterpret_cast<tq_mom_scan_all_msg_t*>(block);
+  message->key = static_cast<char*>(std::memcpy(room, key, key_length));
+  message->vlen = static_cast<int>(value_length);
+  message->value = reinterpret_cast<unsigned char*>(room + key_length + 1);
+  if (value != nullptr) std::memcpy(message->value, value, value_length);
+  return 1;
+}
+
 int GetKey(lua_State* L) {
   std::size_t length;
   const char* key = tq_obj_key(CheckObject(L, 1), &length);
@@ -118,8 +230,7 @@ int GetKey(lua_State* L) {
 int SetKey(lua_State* L) {
   tq_obj* object = CheckObject(L, 1);
   std::size_t length = 0;
-  const char* key = CheckBytes(L, 2, "key", &length);
-  if (key == nullptr) return luaL_error(L, "key of a tq_obj: string expected, got nil");
+  const char* key = CheckKey(L, 2, &length);
   return CheckStatus(L, tq_obj_set_key(object, key, length));
 }
 
@@ -199,7 +310,8 @@ void Delete(void* object) { tq_obj_delete(static_cast<tq_obj*>(object)); }
 const char* no_base_names[] = {nullptr};
 ClassRecord* no_bases[] = {nullptr};
 
-constexpr Method kFunctions[] = {{"new", New}, {"from", From}, {"bytes", Bytes}, {}};
+constexpr Method kFunctions[] = {
+    {"new", New}, {"from", From}, {"bytes", Bytes}, {"message", NewMessage}, {"scan_message", NewScanMessage}, {}};
 constexpr Method kMethods[] = {{"fields", Fields}, {}};
 constexpr Attribute kAttributes[] = {{"key", GetKey, SetKey}, {"value", GetValue, SetValue}, {}};
 constexpr Method kMetamethods[] = {{"__getitem", GetField}, {"__setitem", SetField}, {"__tostring", ToString}, {}};
@@ -211,8 +323,9 @@ constexpr NamespaceRecord kStatics = {"tq_obj",
                                       binding::kNone<ClassRecord*>,
                                       binding::kNone<const NamespaceRecord*>};
 
-ClassRecord object_class = {"tq_obj",    "tq_obj",  &type_table[0], New,      Delete,       kMethods,
-                            kAttributes, &kStatics, kMetamethods,   no_bases, no_base_names};
+ClassRecord object_class = {
+    "tq_obj", "tq_obj",     &type_table[kObjectType], New, Delete, kMethods, kAttributes, &kStatics, kMetamethods,
+    no_bases, no_base_names};
 ClassRecord* classes[] = {&object_class, nullptr};
 
 constexpr NamespaceRecord kModule = {"tq_obj",
@@ -222,12 +335,20 @@ constexpr NamespaceRecord kModule = {"tq_obj",
                                      classes,
                                      binding::kNone<const NamespaceRecord*>};
 
+// The class of messages is that of tq_mom_sync.
+TypeDescriptor message_type = {"_p_tq_mom_pubsub_msg_s",
+                               "struct tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_t *",
+                               nullptr,
+                               nullptr,
+                               nullptr,
+                               0};
 TypeDescriptor object_type = {"_p_tq_obj", "tq_obj *", nullptr, nullptr, &object_class, 0};
+CastEntry message_casts[] = {{&message_type, nullptr, nullptr, nullptr}, {}};
 CastEntry object_casts[] = {{&object_type, nullptr, nullptr, nullptr}, {}};
-TypeDescriptor* own_types[] = {&object_type, nullptr};
-CastEntry* own_casts[] = {object_casts, nullptr};
-TypeDescriptor* type_table[2];
-ModuleRecord module_record = {type_table, 1, nullptr, own_types, own_casts, nullptr};
+TypeDescriptor* own_types[] = {&message_type, &object_type, nullptr};
+CastEntry* own_casts[] = {message_casts, object_casts, nullptr};
+TypeDescriptor* type_table[kTypeCount + 1];
+ModuleRecord module_record = {type_table, kTypeCount, nullptr, own_types, own_casts, nullptr};
 
 }  // namespace
 

@@ -6,7 +6,7 @@ local tq_obj = require "tq_obj"
 
 local kit = {tq = tq, tq_obj = tq_obj, db = tq.TQ_MOM_APP_DB, INPUT_ERR = -2}
 
-kit.probe = {live = function() return 0, platform.count() end}
+kit.probe = {live = function() return 0, platform.count() end, count = platform.count}
 
 function kit.number(expected, actual)
   luaunit.assertEquals(math.type(actual), "float")

@@ -136,9 +136,12 @@ local function arguments(level, i)
 end
 
 -- A hook, as a function around the module's would show in the positions of errors.
-debug.sethook(function()
-  local f = prepare[debug.getinfo(2, "f").func]
-  if f then f(arguments(2, 1)) end
-end, "c")
+local function play()
+  debug.sethook(function()
+    local f = prepare[debug.getinfo(2, "f").func]
+    if f then f(arguments(2, 1)) end
+  end, "c")
+end
+play()
 
-return {recorder = recorder, tq = tq, platform = platform}
+return {recorder = recorder, tq = tq, platform = platform, play = play}

@@ -86,27 +86,27 @@ end
 function TestLists:testInsert()
   local g = self.g
   fill(g, "a", "c", "a")
-  number(4, tq.linsert(g, db, key("l", "b"), key("", "c"), 0))
+  number(4, tq.linsert(g, db, key("l", "b"), key("l", "c"), 0))
   luaunit.assertEquals(range(g), {"a", "b", "c", "a"})
-  number(5, tq.linsert(g, db, key("l", "d"), key("", "c"), 1))
+  number(5, tq.linsert(g, db, key("l", "d"), key("l", "c"), 1))
   luaunit.assertEquals(range(g), {"a", "b", "c", "d", "a"})
-  number(6, tq.linsert_ext(g, db, tq.linsert_op_t(), key("l", "first"), key("", "a"), 0)) -- beside the first match
+  number(6, tq.linsert_ext(g, db, tq.linsert_op_t(), key("l", "first"), key("l", "a"), 0)) -- beside the first match
   luaunit.assertEquals(range(g, 0, 1), {"first", "a"})
-  number(7, tq.linsert_ext(g, db, nil, key("l", "second"), key("", "first"), "1"))
+  number(7, tq.linsert_ext(g, db, nil, key("l", "second"), key("l", "first"), "1"))
   luaunit.assertEquals(range(g, 0, 2), {"first", "second", "a"})
 end
 
 function TestLists:testInsertFailures()
   local g = self.g
-  number(0, tq.linsert(g, db, key("l", "b"), key("", "c"), 0))
+  number(0, tq.linsert(g, db, key("l", "b"), key("l", "c"), 0))
   number(0, tq.exists(g, db, key("l")))
   fill(g, "a")
-  number(kit.ERR, tq.linsert(g, db, key("l", "b"), key("", "c"), 0))
-  number(kit.INPUT_ERR, tq.linsert(g, db, key("l", "b"), key("", "a"), 2))
+  number(kit.ERR, tq.linsert(g, db, key("l", "b"), key("l", "c"), 0))
+  number(kit.INPUT_ERR, tq.linsert(g, db, key("l", "b"), key("l", "a"), 2))
   number(kit.INPUT_ERR, tq.linsert(g, db, key("l", "b"), key("a"), 0))
-  number(kit.INPUT_ERR, tq.linsert(g, db, key("l"), key("", "a"), 0))
+  number(kit.INPUT_ERR, tq.linsert(g, db, key("l"), key("l", "a"), 0))
   number(kit.INPUT_ERR, tq.linsert(g, db, key("l", "b"), "a", 0))
-  luaunit.assertErrorMsgContains("number must not be negative", tq.linsert, g, db, key("l", "b"), key("", "a"), -1)
+  luaunit.assertErrorMsgContains("number must not be negative", tq.linsert, g, db, key("l", "b"), key("l", "a"), -1)
   luaunit.assertEquals(range(g), {"a"})
 end
 
@@ -153,7 +153,7 @@ function TestLists:testWrongKind()
   number(kit.INPUT_ERR, tq.llen(g, db, key("l")))
   number(kit.INPUT_ERR, tq.lset(g, db, key("l", "a"), 0))
   number(kit.INPUT_ERR, tq.lrem(g, db, key("l", "a"), 0))
-  number(kit.INPUT_ERR, tq.linsert(g, db, key("l", "a"), key("", "a"), 0))
+  number(kit.INPUT_ERR, tq.linsert(g, db, key("l", "a"), key("l", "a"), 0))
   luaunit.assertEquals(range(g, 0, -1, kit.INPUT_ERR), {})
   luaunit.assertEquals(kit.stored(g, "l"), "text")
 end

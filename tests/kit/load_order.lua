@@ -5,6 +5,10 @@ assert(package.loadlib(assert(package.searchpath("libtq_mom_impl", package.cpath
 return function(first, second)
   require(first)
   local one_type = swig_type
+  if first == "tq_obj" then
+    luaunit.assertErrorMsgContains("require it first", _G.tq_obj.message, {})
+    luaunit.assertErrorMsgContains("require it first", _G.tq_obj.scan_message, {key = "k"})
+  end
   require(second)
   luaunit.assertNotNil(one_type)
   local tq, tq_obj = tq_mom_sync, _G.tq_obj
@@ -29,6 +33,12 @@ return function(first, second)
   luaunit.assertEquals(record.value.value, "v")
   luaunit.assertEquals(tq.get_res_free(result), 0)
   luaunit.assertEquals(tq.tq_global_finish(g), 0)
+
+  -- Messages that tq_obj makes are records of the other module.
+  local message = tq_obj.message{value = "v"}
+  luaunit.assertTrue(rawequal(getmetatable(message), getmetatable(tq.tq_mom_pubsub_msg_t())))
+  luaunit.assertEquals(swig_type(message),
+    "struct tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_t *")
 
   -- Both modules stay what they are.
   luaunit.assertTrue(rawequal(require("tq_mom_sync"), tq_mom_sync))

@@ -17,7 +17,7 @@ function TestObjects:testModule()
   luaunit.assertTrue(rawequal(require "tq_obj", tq_obj))
   local names = {}
   for name in pairs(tq_obj) do names[#names + 1] = name end
-  luaunit.assertItemsEquals(names, {"new", "from", "bytes", "tq_obj"})
+  luaunit.assertItemsEquals(names, {"new", "from", "bytes", "message", "scan_message", "tq_obj"})
 end
 
 function TestObjects:testNew()
@@ -27,10 +27,8 @@ function TestObjects:testNew()
   luaunit.assertEquals({object.key, object.value}, {"k", "v"})
   object = tq_obj.tq_obj("k", "v") -- the class itself
   luaunit.assertEquals({object.key, object.value}, {"k", "v"})
-  luaunit.assertEquals(tq_obj.new("", "").value, "")
-  luaunit.assertEquals(tq_obj.new("", "").key, "")
-  luaunit.assertEquals(tq_obj.new("a\0b", "c\0d").key, "a\0b")
-  luaunit.assertEquals(tq_obj.new("a\0b", "c\0d").value, "c\0d")
+  luaunit.assertEquals(tq_obj.new("k", "").value, "")
+  luaunit.assertEquals(tq_obj.new("k", "c\0d").value, "c\0d")
   luaunit.assertNil(tq_obj.new("k", nil).value)
   luaunit.assertEquals({tq_obj.new(5, 1.5).key, tq_obj.new(5, 1.5).value}, {"5", "1.5"})
   luaunit.assertEquals(swig_type(object), "tq_obj *")
@@ -44,7 +42,23 @@ function TestObjects:testNewErrors()
   end
   raises("key of a tq_obj", tq_obj.new)
   raises("key of a tq_obj", tq_obj.new, nil, "v")
-  raises("key of a tq_obj: string or nil expected, got tq_obj *", tq_obj.new, tq_obj.new("k"))
+  raises("key of a tq_obj: string expected, got tq_obj *", tq_obj.new, tq_obj.new("k"))
+end
+
+-- Keys that no command takes are refused where they are given.
+function TestObjects:testKeysOfNoUse()
+  local object = tq_obj.new(string.rep("k", 511))
+  luaunit.assertEquals(#object.key, 511)
+  local refused = {
+    [""] = "it is empty", [string.rep("k", 512)] = "it has 512 bytes, and no command takes more than 511",
+    ["a\0b"] = "byte 2 is a NUL", ["\0"] = "byte 1 is a NUL",
+  }
+  for key, reason in pairs(refused) do
+    raises("key of a tq_obj: " .. reason, tq_obj.new, key, "v")
+    raises("key of a tq_obj: " .. reason, tq_obj.tq_obj, key)
+    raises("key of a tq_obj: " .. reason, set, object, "key", key)
+  end
+  luaunit.assertEquals(#object.key, 511)
 end
 
 function TestObjects:testKeyAndValue()
@@ -117,14 +131,14 @@ end
 function TestObjects:testToString()
   luaunit.assertEquals(tostring(tq_obj.new("k")), "tq_obj(k)")
   luaunit.assertEquals(tostring(tq_obj.new("k", "v")), "tq_obj(k = v)")
-  luaunit.assertEquals(tostring(tq_obj.new("a\0b", "")), "tq_obj(a\0b = )")
-  luaunit.assertEquals(tostring(tq_obj.new(string.rep("k", 5000), string.rep("v", 5000))),
-    "tq_obj(" .. string.rep("k", 5000) .. " = " .. string.rep("v", 5000) .. ")")
+  luaunit.assertEquals(tostring(tq_obj.new("k", "a\0b")), "tq_obj(k = a\0b)")
+  luaunit.assertEquals(tostring(tq_obj.new(string.rep("k", 500), string.rep("v", 5000))),
+    "tq_obj(" .. string.rep("k", 500) .. " = " .. string.rep("v", 5000) .. ")")
 end
 
 -- A push may collect the handle that owns the object, while its text is made through another.
 function TestObjects:testToStringOfAnObjectThatIsCollected()
-  local key = string.rep("k", 200000)
+  local key = string.rep("k", 500)
   local function alias_of_garbage() return tq_obj.from(tq_obj.new(key, "v")) end
   local pause, step = collectgarbage("setpause", 1), collectgarbage("setstepmul", 100000000)
   for _ = 1, 50 do
@@ -188,6 +202,64 @@ function TestObjects:testBytes()
   raises("length expected", tq_obj.bytes, record, 1.5)
   raises("length expected", tq_obj.bytes, record, {})
   raises("length expected", tq_obj.bytes, record)
+end
+
+function TestObjects:testMessage()
+  local message = tq_obj.message{
+    db = 4, key = "port/1", field = "speed", cmd = tq.TQ_MOM_PUBLISH, value = "up\0!", flag = tq.TQ_MOM_SCAN_OVER,
+    db_id = 5, cluster_id = 6, error = -1,
+  }
+  luaunit.assertEquals(
+    {message.db, message.key, message.field, message.cmd, message.length, message.flag, message.db_id,
+     message.cluster_id, message.error},
+    {4, "port/1", "speed", tq.TQ_MOM_PUBLISH, 4, tq.TQ_MOM_SCAN_OVER, 5, 6, -1})
+  luaunit.assertEquals(tq_obj.bytes(message.value, message.length), "up\0!")
+  luaunit.assertEquals(swig_type(message), swig_type(tq.tq_mom_pubsub_msg_t()))
+  message.key, message.value = "other", nil -- a record like any other
+  luaunit.assertEquals({message.key, message.value}, {"other", nil})
+
+  message = tq_obj.message{}
+  luaunit.assertEquals({message.db, message.key, message.value, message.length}, {0, "", nil, 0})
+  message = tq_obj.message{value = ""}
+  luaunit.assertEquals(tq_obj.bytes(message.value, message.length), "")
+  message = tq_obj.message{value = string.rep("v", 100000)}
+  luaunit.assertEquals(tq_obj.bytes(message.value, message.length), string.rep("v", 100000))
+  message = nil
+  collectgarbage()
+  collectgarbage()
+end
+
+function TestObjects:testMessageErrors()
+  for _, what in ipairs({"text", 5, true, tq.get_op_t()}) do
+    raises("bad argument #1: table with a message's fields expected", tq_obj.message, what)
+    raises("bad argument #1: table with a message's fields expected", tq_obj.scan_message, what)
+  end
+  raises("table with a message's fields expected", tq_obj.message)
+  raises("a message has no field 'text'", tq_obj.message, {text = "v"})
+  raises("a message has no field '1'", tq_obj.message, {"v"})
+  raises("a message has no field 'true'", tq_obj.message, {[true] = "v"})
+  raises("length of a message: it is that of the value", tq_obj.message, {value = "v", length = 5})
+  raises("value of a message: string or nil expected, got table", tq_obj.message, {value = {}})
+  raises("value of a message: string or nil expected, got number", tq_obj.message, {value = 5})
+  raises("tq_mom_pubsub_msg_s::db", tq_obj.message, {db = "four"})
+  raises("key of a message: string expected, got nil", tq_obj.scan_message, {value = "v"})
+  raises("key of a message: string or nil expected, got number", tq_obj.scan_message, {key = 5})
+  raises("value of a message: string or nil expected, got boolean", tq_obj.scan_message, {key = "k", value = true})
+end
+
+-- A handler for a scan sees what a scan gives it.
+function TestObjects:testScanMessage()
+  local g, seen = self.g, {}
+  local function handler(_, message)
+    local element = tq.convertPtrToScanAllMsg(message)
+    seen[#seen + 1] = {swig_type(message), element.key, element.vlen, tq_obj.bytes(element.value, element.vlen)}
+  end
+  number(0, tq.set(g, db, tq_obj.new("k", "a\0b")))
+  number(1, tq.scan(g, db, tq_obj.new("k"), 0, handler, nil))
+  handler(g, tq_obj.scan_message{key = "k", value = "a\0b"})
+  luaunit.assertEquals(seen[2], seen[1])
+  handler(g, tq_obj.scan_message{key = "list"}) -- of another kind than a string
+  luaunit.assertEquals({table.unpack(seen[3], 2)}, {"list", 0, ""})
 end
 
 -- What a released object's handles say.

@@ -256,7 +256,7 @@ end
 
 function TestScan:testManyElements()
   local g = self.g
-  local object = key("", "v")
+  local object = key("key", "v")
   for i = 1, 3000 do
     object.key = "key" .. i
     number(0, tq.set(g, db, object))
