@@ -2,17 +2,12 @@
 
 #include <cstring>
 
-#include "binding/dispatch.h"
-
 namespace binding {
 namespace {
 
 // number / 10, where a division would call for a library routine.
 constexpr unsigned Tenth(unsigned number) { return static_cast<unsigned>(std::uint64_t{number} * 0xCCCCCCCDU >> 35); }
 static_assert(Tenth(9) == 0 && Tenth(10) == 1 && Tenth(UINT32_MAX) == UINT32_MAX / 10);
-
-// Whether the running function is a dispatcher, which runs another function in its own frame.
-bool RunsUnderDispatcher(lua_State* L) { return lua_iscfunction(L, lua_upvalueindex(kDispatcherMark)); }
 
 // An error message that is put together on the native stack; what does not fit goes to the Lua stack.
 class Message {
@@ -24,14 +19,14 @@ class Message {
     lua_Debug caller;
     if (!lua_getstack(L_, 1, &caller)) return;
     lua_getinfo(L_, "Sl", &caller);
-    if (caller.currentline <= 0 || RunsUnderDispatcher(L_)) return;
+    if (caller.currentline <= 0) return;
     AddString(caller.short_src);
     Add(":");
     Add(caller.currentline);
     Add(": ");
   }
 
-  // Hot, as it would else be compiled for size: nothing returns from where it is used.
+  // Hot: GCC would compile it for size, as all that calls it ends in an error.
   [[gnu::hot]] void Add(const char* text, std::size_t length) {
     if (length > sizeof(text_) - size_) Flush();
     if (length > sizeof(text_)) {
@@ -145,33 +140,6 @@ void RaiseBare(lua_State* L, const char* message) {
   lua_pushstring(L, message);
   lua_error(L);
   __builtin_unreachable();
-}
-
-int SaturateToInt(double number) {
-  if (number >= INT32_MAX) return INT32_MAX;
-  if (number <= INT32_MIN) return INT32_MIN;
-  return number == number ? static_cast<int>(number) : 0;
-}
-
-std::int64_t SaturateToInt64(double number) {
-  if (number >= 9223372036854775808.0) return INT64_MAX;
-  if (number <= -9223372036854775808.0) return INT64_MIN;
-  return number == number ? static_cast<std::int64_t>(number) : 0;
-}
-
-bool ToIntSlow(lua_State* L, int index, int* value) {
-  int is_number;
-  double number = lua_tonumberx(L, index, &is_number);
-  *value = SaturateToInt(number);
-  return is_number;
-}
-
-bool ToUnsignedSlow(lua_State* L, int index, std::uint32_t* value) {
-  int is_number;
-  double number = lua_tonumberx(L, index, &is_number);
-  if (!is_number || !(number >= 0)) return false;
-  *value = number >= UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(number);
-  return true;
 }
 
 }  // namespace binding

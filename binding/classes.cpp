@@ -173,7 +173,7 @@ void AddStatics(lua_State* L, const ClassRecord& record) {
 
 }  // namespace
 
-TQ_CLOSURE int CallInheritedMetamethod(lua_State* L) {
+int CallInheritedMetamethod(lua_State* L) {
   const auto* record = static_cast<const ClassRecord*>(lua_touserdata(L, lua_upvalueindex(2)));
   int arguments = lua_gettop(L);
   lua_pushvalue(L, lua_upvalueindex(1));

@@ -1,23 +1,16 @@
 #include "binding/dispatch.h"
 
-#include "binding/classes.h"
 #include "binding/handles.h"
 #include "binding/invariant.h"
-
-// Set by the linker: the start of this shared object, and the section of the closures, which lies behind all other
-// code.
-#define TQ_LINKER_SYMBOL(name) [[gnu::visibility("hidden")]] extern const char name[]
-extern "C" {
-TQ_LINKER_SYMBOL(__ehdr_start);
-TQ_LINKER_SYMBOL(__start_tq_closures);
-}
 
 namespace binding {
 namespace {
 
 // The keys that the dispatchers look up are upvalues of their closures: ready strings, where a literal would be hashed
 // anew for each access.
-enum Key { kAccessors = 1, kBases, kItem = kDispatcherMark + 1, kMethods };
+enum Key { kAccessors = 1, kBases, kItem, kMethods };
+
+InPlace in_place;
 
 constexpr int kNotFound = -1;
 
@@ -27,11 +20,13 @@ void PushTable(lua_State* L, int table, Key key) {
   TQ_INVARIANT_TABLE(lua_rawget(L, table) == LUA_TTABLE);
 }
 
-// Whether a C function may run in the dispatcher's own frame: it must be this module's and do without upvalues of its
-// own. A debugger that counts calls wants the real call.
-bool MayRunInPlace(lua_State* L, lua_CFunction function) {
-  auto address = reinterpret_cast<const char*>(function);
-  return address >= __ehdr_start && address < __start_tq_closures && lua_gethookmask(L) == 0;
+// Runs `run` with the handle at index 1 and the function's number, if that is one of the functions and nobody watches
+// calls.
+template <class Run>
+bool RunInPlace(lua_State* L, const NumberedFunctions& functions, lua_CFunction function, const void* block, Run run) {
+  std::size_t number = functions.NumberOf(function);
+  return number < functions.count() && lua_gethookmask(L) == 0 && block != nullptr &&
+         lua_rawlen(L, 1) >= sizeof(Handle) && run(*static_cast<const Handle*>(block), static_cast<unsigned>(number));
 }
 
 // Runs `search` with each base's metatable in the place of the object's own, which is on the stack top, until it finds
@@ -125,19 +120,17 @@ int GetItem(lua_State* L) {
   return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
 }
 
-TQ_CLOSURE int MemberGet(lua_State* L) {
-  TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
+int MemberGet(lua_State* L) {
+  const void* block = lua_touserdata(L, 1);
+  TQ_INVARIANT(block != nullptr || lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
   TQ_INVARIANT(lua_gettop(L) == 2, "first_arg == substack_start+1");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
   PushTable(L, 3, kAccessors);
   lua_pushvalue(L, 2);
   lua_CFunction getter = lua_rawget(L, 4) == LUA_TFUNCTION ? lua_tocfunction(L, 5) : nullptr;
   if (getter != nullptr) {
-    if (MayRunInPlace(L, getter)) {
-      lua_settop(L, 1);
-      int results = getter(L);
-      if (results != 1) lua_settop(L, lua_gettop(L) - results + 1);
-    } else {
+    auto get = [L](const Handle& handle, unsigned number) { return in_place.get(L, handle, number); };
+    if (!RunInPlace(L, in_place.getters, getter, block, get)) {
       lua_pushvalue(L, 1);
       lua_call(L, 1, 1);
     }
@@ -192,19 +185,17 @@ int SetInBase(lua_State* L) {
   return results == kNotFound ? NotFound(L, top) : Found(L, top, results);
 }
 
-TQ_CLOSURE int MemberSet(lua_State* L) {
-  TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
+int MemberSet(lua_State* L) {
+  const void* block = lua_touserdata(L, 1);
+  TQ_INVARIANT(block != nullptr || lua_isuserdata(L, 1), "lua_isuserdata(L,1)");
   TQ_INVARIANT(lua_gettop(L) == 3, "first_arg == substack_start+1");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
   PushTable(L, 4, kAccessors);
   lua_pushvalue(L, 2);
   lua_rawget(L, 5);
   if (lua_CFunction setter = lua_tocfunction(L, 6)) {
-    if (MayRunInPlace(L, setter)) {
-      lua_copy(L, 3, 2);
-      lua_settop(L, 2);
-      setter(L);
-    } else {
+    auto set = [L](const Handle& handle, unsigned number) { return in_place.set(L, handle, number, 3); };
+    if (!RunInPlace(L, in_place.setters, setter, block, set)) {
       lua_pushvalue(L, 1);
       lua_pushvalue(L, 3);
       lua_call(L, 2, 0);
@@ -224,34 +215,29 @@ TQ_CLOSURE int MemberSet(lua_State* L) {
 }
 
 // The constructor may use the upvalues in front of it.
-constexpr int kConstructor = kDispatcherMark;
-static_assert(kConstructor == kClassName + 1);
+constexpr int kConstructor = kClassName + 1;
 
-TQ_CLOSURE int ConstructorProxy(lua_State* L) {
+int ConstructorProxy(lua_State* L) {
   TQ_INVARIANT(lua_istable(L, 1), "(lua_type(L, (1)) == 5)");
-  lua_CFunction constructor = lua_tocfunction(L, lua_upvalueindex(kConstructor));
-  if (MayRunInPlace(L, constructor)) {
-    if (lua_gettop(L) == 1) {
-      lua_settop(L, 0);
-    } else {
-      lua_remove(L, 1);
-    }
-    int results = constructor(L);
-    if (results != 1) lua_settop(L, lua_gettop(L) - results + 1);
-  } else {
-    lua_pushvalue(L, lua_upvalueindex(kConstructor));
-    lua_replace(L, 1);
-    lua_call(L, lua_gettop(L) - 1, 1);
+  int top = lua_gettop(L);
+  std::size_t number = in_place.constructors.NumberOf(lua_tocfunction(L, lua_upvalueindex(kConstructor)));
+  if (top == 1 && number < in_place.constructors.count() && lua_gethookmask(L) == 0 &&
+      in_place.construct(L, static_cast<unsigned>(number))) {
+    return 1;
   }
+  lua_pushvalue(L, lua_upvalueindex(kConstructor));
+  lua_replace(L, 1);
+  lua_call(L, top - 1, 1);
   return 1;
 }
 
 }  // namespace
 
+void SetInPlace(const InPlace& functions) { in_place = functions; }
+
 void PushMemberGetter(lua_State* L) {
   lua_pushliteral(L, ".get");
   lua_pushliteral(L, ".bases");
-  lua_pushcfunction(L, MemberGet);
   lua_pushliteral(L, "__getitem");
   lua_pushliteral(L, ".fn");
   lua_pushcclosure(L, MemberGet, kMethods);
@@ -260,7 +246,6 @@ void PushMemberGetter(lua_State* L) {
 void PushMemberSetter(lua_State* L) {
   lua_pushliteral(L, ".set");
   lua_pushliteral(L, ".bases");
-  lua_pushcfunction(L, MemberSet);
   lua_pushliteral(L, "__setitem");
   lua_pushcclosure(L, MemberSet, kItem);
 }

@@ -2,7 +2,7 @@
 #ifndef TQ_BINDING_DISPATCH_H
 #define TQ_BINDING_DISPATCH_H
 
-#include "binding/abi.h"
+#include "binding/in_place.h"
 
 namespace binding {
 
@@ -13,13 +13,8 @@ void PushMemberSetter(lua_State* L);
 // Pushes the function that makes Class(...) call the class's constructor.
 void PushConstructorProxy(lua_State* L, const ClassRecord& record);
 
-// A dispatcher's upvalue of this number is a function; no other closure of ours has one there.
-inline constexpr int kDispatcherMark = 3;
-
-// Marks the dispatchers and the metamethod proxy, which need upvalues of their own and so cannot run in a dispatcher's
-// frame. They lie in one section, which tells them from the functions that can. (Functions that make handles are
-// closures, too, but find their class by name where the upvalues are not theirs.)
-#define TQ_CLOSURE [[gnu::section("tq_closures")]]
+// Gives the dispatchers the module's own accessors and constructors. Until then they call all functions.
+void SetInPlace(const InPlace& functions);
 
 }  // namespace binding
 

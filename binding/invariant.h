@@ -3,12 +3,18 @@
 #ifndef TQ_BINDING_INVARIANT_H
 #define TQ_BINDING_INVARIANT_H
 
-#undef NDEBUG  // with it, <assert.h> may leave out the failure routine
-#include <assert.h>
+namespace binding {
+
+// What a report names as the source; set when a module is opened.
+extern const char* assertion_source;
+
+[[noreturn, gnu::cold]] void FailInvariant(const char* text, unsigned line, const char* function);
+
+}  // namespace binding
 
 // The text is part of the report, so it is given apart from the condition.
 #define TQ_INVARIANT(condition, text) \
-  (__builtin_expect(!!(condition), 1) ? (void)0 : __assert_fail(text, "tq_mom_sync_wrap", __LINE__, __func__))
+  (__builtin_expect(!!(condition), 1) ? (void)0 : binding::FailInvariant(text, __LINE__, __func__))
 
 #define TQ_INVARIANT_TABLE(condition) TQ_INVARIANT(condition, "(lua_type(L, (-1)) == 5)")
 

@@ -23,19 +23,6 @@ TQ_EXPORT int _tq_mom_zadd_sync(tq_global_t* g, int db, double* scores, int scor
 TQ_EXPORT int _tq_mom_zadd_ext_sync(tq_global_t* g, int db, tq_mom_zadd_op_t* op, double* scores, int score_count,
                                     void** members, int member_count);
 
-// A Lua value that native code keeps in the registry. Both fields are zero in an empty reference.
-struct CallbackReference {
-  lua_State* state;
-  int reference;
-};
-
-// Keeps the value at the index (which may be nil) and fills in the reference.
-TQ_EXPORT void swiglua_ref_set(CallbackReference* reference, lua_State* L, int index);
-// Pushes the value onto the reference's state; nothing for an empty reference.
-TQ_EXPORT void swiglua_ref_get(const CallbackReference* reference);
-// Gives the value up and empties the reference.
-TQ_EXPORT void swiglua_ref_clear(CallbackReference* reference);
-
 }  // extern "C"
 
 #endif

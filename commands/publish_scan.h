@@ -2,6 +2,7 @@
 #ifndef TQ_COMMANDS_PUBLISH_SCAN_H
 #define TQ_COMMANDS_PUBLISH_SCAN_H
 
+#include "binding/references.h"
 #include "commands/command.h"
 #include "commands/exports.h"
 

@@ -41,7 +41,10 @@ extern "C" {
                                            binding::kNone<binding::Constant>,
                                            tq_mom::class_list,
                                            binding::kNone<const binding::NamespaceRecord*>};
-  binding::OpenModule(L, types, record, tq_mom::kFunctionCount + tq_mom::kConstantCount + kStatusCodes);
+  binding::OpenModule(L, {.types = types,
+                          .record = &record,
+                          .source = "tq_mom_sync_wrap",
+                          .more_fields = tq_mom::kFunctionCount + tq_mom::kConstantCount + kStatusCodes});
   tq_mom::AddFunctions(L);
   tq_mom::AddConstants(L);
   luaopen_tq_mom_sync_user(L);

@@ -353,6 +353,6 @@ ModuleRecord module_record = {type_table, kTypeCount, nullptr, own_types, own_ca
 }  // namespace
 
 extern "C" [[gnu::visibility("default")]] int luaopen_tq_obj(lua_State* L) {
-  binding::OpenModule(L, &module_record, kModule);
+  binding::OpenModule(L, {.types = &module_record, .record = &kModule, .source = "tq_obj_wrap"});
   return 1;
 }

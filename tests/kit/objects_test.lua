@@ -339,4 +339,23 @@ function TestObjects:testEqualityAndNamesOfOthers()
   luaunit.assertEquals(select("#", swig_equals(tq_obj.new("k"), 5)), 0)
 end
 
+-- The texts are those of accessors: without a position, whether or not somebody watches the calls.
+function TestObjects:testErrorsOfFieldsAreTheSameUnderADebugger()
+  local object = tq_obj.new("k", "v")
+  local wrong = {
+    function() object.key = nil end,
+    function() object.value = {} end,
+    function() object[-1] = "x" end,
+    function() return object.colour.x end,
+  }
+  for i, f in ipairs(wrong) do
+    local plain = select(2, pcall(f))
+    debug.sethook(function() end, "c")
+    local hooked = select(2, pcall(f))
+    debug.sethook()
+    luaunit.assertEquals(hooked, plain)
+    if i < #wrong then luaunit.assertNil(plain:find("objects_test.lua", 1, true), plain) end
+  end
+end
+
 kit.run()

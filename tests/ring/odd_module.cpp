@@ -163,6 +163,6 @@ const NamespaceRecord odd_namespace = {"odd", kFunctions, kVariables, kNoConstan
 
 extern "C" [[gnu::visibility("default")]] int luaopen_odd(lua_State* L) {
   if (module_record.next_module == nullptr) FillIn();
-  binding::OpenModule(L, &module_record, odd_namespace);
+  binding::OpenModule(L, {.types = &module_record, .record = &odd_namespace, .source = "odd_wrap"});
   return 1;
 }

@@ -435,7 +435,7 @@ end
 
 local function assert_aborted(result, condition)
   lu.assertEquals({ result.status, result.out }, { 134, "" }, result.err)
-  lu.assertStrMatches(result.err, ".*tq_mom_sync_wrap:%d+: [%w_: ]+: Assertion `" .. condition .. "' failed%.\n.*")
+  lu.assertStrMatches(result.err, ".*zoo_wrap:%d+: [%w_: ]+: Assertion `" .. condition .. "' failed%.\n.*")
 end
 
 function TestBroken:test_a_binary_constant_needs_its_bytes()

@@ -382,7 +382,7 @@ const NamespaceRecord misnamed_namespace = {"zoo_broken", kNoMethods,       kNoA
                                             kNoConstants, kMisnamedClasses, kNoNamespaces};
 
 int Open(lua_State* L, const NamespaceRecord& record) {
-  binding::OpenModule(L, &module_record, record);
+  binding::OpenModule(L, {.types = &module_record, .record = &record, .source = "zoo_wrap"});
   return 1;
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "binding/invariant.h"
 #include "binding/namespaces.h"
 #include "tests/unit/lua_state.h"
 
@@ -31,6 +32,8 @@ struct Types {
 
 class Handles : public testing::Test {
  protected:
+  Handles() { binding::assertion_source = "unit_test_wrap"; }
+
   const Handle* Top() { return static_cast<const Handle*>(lua_touserdata(L, -1)); }
 
   unit::LuaState L;
@@ -190,7 +193,7 @@ TEST_F(Handles, ConverterThatAllocates) {
   void* pointer;
   binding::PushHandle(L, object, &types.derived, 0);
   EXPECT_DEATH(binding::ConvertPtr(L, -1, &pointer, &types.base, 0),
-               "tq_mom_sync_wrap:[0-9]+: ConvertPtr: Assertion `!newmemory' failed");
+               "unit_test_wrap:[0-9]+: ConvertPtr: Assertion `!newmemory' failed");
   Types::claims_new_memory = 0;
 }
 
@@ -244,7 +247,7 @@ TEST_F(Handles, Packed) {
   EXPECT_EQ(std::memcmp(&Top()->pointer, bytes, sizeof(bytes)), 0);
   GTEST_FLAG_SET(death_test_style, "fast");
   EXPECT_DEATH(binding::PushPacked(L, nullptr, 1, &types.base),
-               "tq_mom_sync_wrap:[0-9]+: PushPacked: Assertion `ptr' failed");
+               "unit_test_wrap:[0-9]+: PushPacked: Assertion `ptr' failed");
 }
 
 }  // namespace
