@@ -272,9 +272,17 @@ end
 
 -- A number as the name is its text.
 function TestSnapshot:testNumberAsName()
-  local g = tq.tq_global_init(5, nil)
-  luaunit.assertNotNil(g)
-  number(0, tq.tq_global_finish(g))
+  local directory = kit.temporary_name()
+  assert(os.execute("mkdir " .. directory))
+  kit.run_chunk([[
+    local kit = require "kit"
+    local g = kit.connect(5)
+    kit.number(0, kit.tq.bgsave(g, 0))
+    kit.number(0, kit.tq.tq_global_finish(g))
+  ]], directory)
+  luaunit.assertTrue(#kit.read_file(directory .. "/5") > 0)
+  os.remove(directory .. "/5")
+  os.remove(directory)
   luaunit.assertErrorMsgContains("Error in tq_global_init (arg 1), expected 'char *' got 'table'", tq.tq_global_init,
     {}, nil)
 end

@@ -125,11 +125,12 @@ function kit.write_file(name, bytes)
   file:close()
 end
 
--- Runs a chunk in a process of its own; returns what it wrote to both outputs.
-function kit.run_chunk(chunk)
+-- Runs a chunk in a process of its own, in the given directory; returns what it wrote to both outputs.
+function kit.run_chunk(chunk, directory)
   local script, output = os.tmpname(), os.tmpname()
   kit.write_file(script, chunk)
-  local ran, how, code = os.execute(string.format("%s %s > %s 2>&1", os.getenv("TQ_LUA"), script, output))
+  local ran, how, code = os.execute(
+    string.format("cd %s && %s %s > %s 2>&1", directory or ".", os.getenv("TQ_LUA"), script, output))
   local text = kit.read_file(output)
   os.remove(script)
   os.remove(output)

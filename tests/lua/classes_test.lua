@@ -64,15 +64,18 @@ function TestMembers:setUp()
   recorder.reset()
   self.object = tq.psetex_op_t()
   self.metatable = metatable_of("psetex_op_t")
+  self.parts = {}
+  for _, part in ipairs {".get", ".set", ".fn"} do
+    self.parts[part] = {}
+    for key, value in pairs(self.metatable[part]) do self.parts[part][key] = value end
+  end
 end
 
 function TestMembers:tearDown()
   self.metatable[".bases"] = {}
   for _, name in ipairs {"__getitem", "__setitem"} do self.metatable[name] = nil end
-  for _, part in ipairs {".get", ".set", ".fn"} do
-    for key in pairs(self.metatable[part]) do
-      if key ~= "flag" and key ~= "milseconds" and key ~= "__disown" then self.metatable[part][key] = nil end
-    end
+  for part, entries in pairs(self.parts) do
+    for key in pairs(self.metatable[part]) do self.metatable[part][key] = entries[key] end
   end
 end
 

@@ -64,6 +64,7 @@ end
 
 function TestScanReferences:test_a_scan_without_memory_keeps_nothing()
   local weak = setmetatable({}, {__mode = "k"})
+  tq.scan(nil, 0, nil, 0, print, {}) -- leaves room in the registry
   local size = #debug.getregistry()
   for _ = 1, 10 do
     recorder.reset()

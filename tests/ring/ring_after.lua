@@ -55,6 +55,17 @@ end
 
 TestClassOverwriting = {}
 
+local set_res = peer.find "_p_tq_mom_set_res_s"
+local later_set_res_class = peer.type(set_res).class
+
+function TestClassOverwriting:setUp()
+  peer.set_class(set_res, later_set_res_class)
+end
+
+function TestClassOverwriting:tearDown()
+  peer.set_class(set_res, own_set_res_class)
+end
+
 function TestClassOverwriting:test_new_handles_take_the_class_of_the_module_filled_last()
   registry.SWIG.later_set_res = { __index = function(_, key) return "later's " .. key end }
   local result = module.tq_mom_set_res_t()
