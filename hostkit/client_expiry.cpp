@@ -1,51 +1,49 @@
-// Expiry of keys and of hash fields. The engine never waits, so a call always keeps within its timeout.
+// Expiry of keys and of hash fields.
 #include <tq_mom/tq_mom.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <vector>
+#include <span>
 
-#include "hostkit/client_state.h"
-#include "hostkit/guard.h"
+#include "hostkit/command.h"
+
+using hostkit::Engine;
+using hostkit::FieldTag;
+using hostkit::Write;
 
 namespace {
 
-using hostkit::Command;
-using hostkit::FieldTag;
-using hostkit::Guarded;
+// No time leaves the limit to the engine.
+hostkit::TimeLimit LimitOf(const timeval& timeout) {
+  constexpr std::int64_t kLongest = std::int64_t{1} << 31;  // milliseconds
+  const std::int64_t seconds = std::clamp<std::int64_t>(timeout.tv_sec, 0, kLongest / 1000);
+  const std::int64_t microseconds = std::clamp<std::int64_t>(timeout.tv_usec, 0, 999999);
+  return hostkit::TimeLimit(seconds * 1000 + (microseconds + 999) / 1000);
+}
 
 }  // namespace
 
-int tq_mom_pexpire_sync(tq_global_t* g, int db, tq_obj* key, unsigned int time, struct timeval /*timeout*/) {
-  return tq_mom_pdel_sync(g, db, key, time);
+int tq_mom_pexpire_sync(tq_global_t* g, int db, tq_obj* key, unsigned int time, struct timeval timeout) {
+  return Write({g, db, key, LimitOf(timeout)}, &Engine::Expire, time);
 }
 
 int tq_mom_pdel_sync(tq_global_t* g, int db, tq_obj* key, unsigned int time) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->Expire(command.key, time); });
+  return Write({g, db, key}, &Engine::Expire, time);
 }
 
 int tq_mom_del_expire_sync(tq_global_t* g, int db, tq_obj* key, unsigned int time, int /*n*/) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->Persist(command.key, time); });
+  return Write({g, db, key}, &Engine::Persist, time);
 }
 
 int tq_mom_pexpire_field_sync(tq_global_t* g, int db, tq_obj* key, unsigned int time, size_t field,
-                              struct timeval /*timeout*/) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  if (field > std::numeric_limits<FieldTag>::max()) return TQ_MOM_INPUT_ERR;
-  return Guarded([&] { return command.engine->HashExpire(command.key, {static_cast<FieldTag>(field)}, time); });
+                              struct timeval timeout) {
+  const auto tag = static_cast<FieldTag>(field);
+  const std::span<const FieldTag> tags(&tag, field <= std::numeric_limits<FieldTag>::max() ? 1 : 0);
+  return Write({g, db, key, LimitOf(timeout)}, &Engine::HashExpire, tags, time);
 }
 
 int tq_mom_pexpire_fields_sync(tq_global_t* g, int db, tq_obj* key, unsigned int time, int32_t* fields, int field_count,
-                               struct timeval /*timeout*/) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  if (fields == nullptr || field_count <= 0) return TQ_MOM_INPUT_ERR;
-  return Guarded([&] {
-    return command.engine->HashExpire(command.key, std::vector<FieldTag>(fields, fields + field_count), time);
-  });
+                               struct timeval timeout) {
+  return Write({g, db, key, LimitOf(timeout)}, &Engine::HashExpire, hostkit::TagsOf(fields, field_count), time);
 }

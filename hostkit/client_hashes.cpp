@@ -1,74 +1,54 @@
 // Hashes: fields by number, taken from and handed out in the fields of value objects.
 #include <tq_mom/tq_mom.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "hostkit/client_state.h"
-#include "hostkit/guard.h"
-#include "hostkit/results.h"
+#include "hostkit/command.h"
+#include "hostkit/order.h"
+
+using hostkit::Command;
+using hostkit::Engine;
+using hostkit::FieldTag;
+using hostkit::HashContents;
+using hostkit::RunRecord;
+using hostkit::Write;
 
 namespace {
 
-using hostkit::Command;
-using hostkit::Fields;
-using hostkit::FieldTag;
-using hostkit::Guarded;
-using hostkit::MakeResult;
-using hostkit::ReadField;
-using hostkit::ReadHash;
+using Tags = std::span<const FieldTag>;
 
-using Write = int (hostkit::Engine::*)(hostkit::Key, Fields);
-
-// Writes the listed fields of the key object, all of which must be there.
-int WriteFields(tq_global_t* g, int db, const tq_obj* key, const int32_t* tags, int tag_count, Write write) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  if (tags == nullptr || tag_count <= 0) return TQ_MOM_INPUT_ERR;
-  return Guarded([&] {
-    Fields fields;
-    for (int index = 0; index < tag_count; ++index) {
-      const auto tag = static_cast<FieldTag>(tags[index]);
-      const std::string* bytes = command.object->Field(tag);
-      if (bytes == nullptr) return TQ_MOM_INPUT_ERR;
-      fields.try_emplace(tag, *bytes);
-    }
-    return (command.engine->*write)(command.key, std::move(fields));
-  });
-}
-
-// Reads the listed fields, or all without a list.
-tq_mom_hash_res_t* ReadFields(tq_global_t* g, int db, const tq_obj* key, const std::vector<FieldTag>* tags) {
-  return MakeResult<tq_mom_hash_res_t>([&](auto* result) {
-    Command command;
-    if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-    ReadHash hash;
-    const int status = command.engine->HashRead(command.key, tags, &hash);
-    if (status != TQ_MOM_OK || !hash.exists) return status;
-
-    auto object = std::make_unique<tq_obj>(command.key.name);
+// Hands the fields out that were asked for, all without a list.
+void Fill(hostkit::Result<tq_mom_hash_res_t>* result, const Command& command, HashContents hash, const Tags* asked) {
+  const auto [db, name, limit] = command.request;
+  if (hash.exists) {
+    hostkit::SortByNumber(&hash.fields, [](const hostkit::Field& field) { return field.tag; });
+    const std::vector<FieldTag> changed = command.client->seen.Changed(db, name, hash.fields);
+    result->changed_tags.assign(changed.begin(), changed.end());
+    auto object = std::make_unique<tq_obj>(name);
     object->fields.reserve(hash.fields.size());
-    for (const ReadField& field : hash.fields) {
+    for (const hostkit::Field& field : hash.fields) {
       object->fields.emplace_back(field.tag, field.bytes);
       result->tags.push_back(field.tag);
-      if (field.changed) result->changed_tags.push_back(field.tag);
     }
     result->value = result->Own(std::move(object));
     result->field_tag = result->tags.data();
     result->field_tag_count = result->tags.size();
     result->field_change_tag = result->changed_tags.data();
     result->field_change_tag_count = result->changed_tags.size();
-    command.engine->HashMarkRead(command.key, hash.fields);
-    return TQ_MOM_OK;
-  });
+  }
+  command.client->seen.Deliver(db, name, hash.fields, asked);
 }
 
 }  // namespace
 
 int tq_mom_hmset_sync(tq_global_t* g, int db, tq_obj* key, int32_t* fields, int field_count) {
-  return WriteFields(g, db, key, fields, field_count, &hostkit::Engine::HashSet);
+  return Write({g, db, key}, &Engine::HashSet, hostkit::ListedFields(fields, field_count));
 }
 
 int tq_mom_hmset_ext_sync(tq_global_t* g, int db, tq_mom_hmset_op_t* op, tq_obj* key) {
@@ -76,7 +56,7 @@ int tq_mom_hmset_ext_sync(tq_global_t* g, int db, tq_mom_hmset_op_t* op, tq_obj*
 }
 
 int tq_mom_hmsetnx_sync(tq_global_t* g, int db, tq_obj* key, int32_t* fields, int field_count) {
-  return WriteFields(g, db, key, fields, field_count, &hostkit::Engine::HashSetIfAbsent);
+  return Write({g, db, key}, &Engine::HashSetIfAbsent, hostkit::ListedFields(fields, field_count));
 }
 
 int tq_mom_hmsetnx_ext_sync(tq_global_t* g, int db, tq_mom_hmsetnx_op_t* op, tq_obj* key) {
@@ -84,23 +64,18 @@ int tq_mom_hmsetnx_ext_sync(tq_global_t* g, int db, tq_mom_hmsetnx_op_t* op, tq_
 }
 
 tq_mom_hash_res_t* tq_mom_hmget_sync(tq_global_t* g, int db, tq_obj* key, int32_t* fields, int field_count) {
-  if (fields == nullptr || field_count <= 0) {
-    return MakeResult<tq_mom_hash_res_t>([&](auto* /*result*/) {
-      Command command;
-      const int status = command.Open(g, db, key);
-      return status != TQ_MOM_OK ? status : TQ_MOM_INPUT_ERR;
-    });
-  }
-  return hostkit::GuardedPointer([&] {
-    const std::vector<FieldTag> tags(fields, fields + field_count);
-    return ReadFields(g, db, key, &tags);
-  });
+  const Tags asked = hostkit::TagsOf(fields, field_count);
+  const auto fill = [&](auto* result, const Command& command, HashContents hash) {
+    Fill(result, command, std::move(hash), &asked);
+  };
+  return RunRecord<tq_mom_hash_res_t>({g, db, key}, hostkit::Access::kRead, &Engine::HashGet, fill, asked);
 }
 
-tq_mom_hash_res_t* tq_mom_hgetall_sync(tq_global_t* g, int db, tq_obj* key) { return ReadFields(g, db, key, nullptr); }
-
-tq_mom_hash_res_t* tq_mom_hgetall_ext_sync(tq_global_t* g, int db, tq_mom_hget_op_t* /*op*/, tq_obj* key) {
-  return tq_mom_hgetall_sync(g, db, key);
+tq_mom_hash_res_t* tq_mom_hgetall_sync(tq_global_t* g, int db, tq_obj* key) {
+  const auto fill = [](auto* result, const Command& command, HashContents hash) {
+    Fill(result, command, std::move(hash), nullptr);
+  };
+  return RunRecord<tq_mom_hash_res_t>({g, db, key}, hostkit::Access::kRead, &Engine::HashGetAll, fill);
 }
 
 int tq_mom_hash_res_free(tq_mom_hash_res_t* result) { return hostkit::FreeResult(result); }

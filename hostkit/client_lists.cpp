@@ -1,132 +1,67 @@
 // Lists.
 #include <tq_mom/tq_mom.h>
 
+#include <cstdint>
 #include <memory>
-#include <string>
-#include <vector>
+#include <utility>
 
-#include "hostkit/client_state.h"
-#include "hostkit/guard.h"
-#include "hostkit/results.h"
-
-namespace {
+#include "hostkit/command.h"
 
 using hostkit::Command;
 using hostkit::End;
-using hostkit::Guarded;
-using hostkit::MakeResult;
-using hostkit::Where;
+using hostkit::Engine;
+using hostkit::kValue;
+using hostkit::Read;
+using hostkit::Write;
 
-int Push(tq_global_t* g, int db, const void* key, End end) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->ListPush(command.key, end, command.value()); });
-}
+namespace {
 
 // The object is complete before the element leaves the list.
 tq_obj* Pop(tq_global_t* g, int db, const void* key, End end, int* out) {
+  Command command;
+  *out = command.Open({g, db, key}, hostkit::Access::kWrite);
+  if (*out != TQ_MOM_OK) return nullptr;
   hostkit::ObjectPtr object;
-  *out = Guarded([&] {
-    Command command;
-    if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-    auto made = std::make_unique<tq_obj>(command.key.name);
-    bool popped;
-    const int left = command.engine->ListPop(command.key, end, &made->value.emplace(), &popped);
-    if (popped) object = std::move(made);
-    return left;
+  *out = command.Run([&] {
+    auto made = std::make_unique<tq_obj>(command.request.name);
+    std::int64_t left = 0;
+    hostkit::Status status = command.Call(&Engine::ListPop, end, &made->value, &left);
+    if (status.ok() && made->value) {
+      object = std::move(made);
+      object->GiveOut();
+    }
+    return command.Result(std::move(status), left);
   });
   return object.release();
 }
 
 }  // namespace
 
-int tq_mom_lpush_sync(tq_global_t* g, int db, void* key) { return Push(g, db, key, End::kHead); }
-
-int tq_mom_lpush_ext_sync(tq_global_t* g, int db, tq_mom_lpush_op_t* /*op*/, void* key) {
-  return tq_mom_lpush_sync(g, db, key);
+int tq_mom_lpush_sync(tq_global_t* g, int db, void* key) {
+  return Write({g, db, key}, &Engine::ListPush, End::kHead, kValue);
 }
-
-int tq_mom_rpush_sync(tq_global_t* g, int db, void* key) { return Push(g, db, key, End::kTail); }
-
-int tq_mom_rpush_ext_sync(tq_global_t* g, int db, tq_mom_rpush_op_t* /*op*/, void* key) {
-  return tq_mom_rpush_sync(g, db, key);
+int tq_mom_rpush_sync(tq_global_t* g, int db, void* key) {
+  return Write({g, db, key}, &Engine::ListPush, End::kTail, kValue);
 }
-
 tq_obj* tq_mom_lpop_sync(tq_global_t* g, int db, void* key, int* out) { return Pop(g, db, key, End::kHead, out); }
-
-tq_obj* tq_mom_lpop_ext_sync(tq_global_t* g, int db, tq_mom_lpop_op_t* /*op*/, void* key, int* out) {
-  return tq_mom_lpop_sync(g, db, key, out);
-}
-
 tq_obj* tq_mom_rpop_sync(tq_global_t* g, int db, void* key, int* out) { return Pop(g, db, key, End::kTail, out); }
-
-tq_obj* tq_mom_rpop_ext_sync(tq_global_t* g, int db, tq_mom_rpop_op_t* /*op*/, void* key, int* out) {
-  return tq_mom_rpop_sync(g, db, key, out);
-}
-
-int tq_mom_llen_sync(tq_global_t* g, int db, void* key) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->ListLength(command.key); });
-}
-
-int tq_mom_llen_ext_sync(tq_global_t* g, int db, tq_mom_llen_op_t* /*op*/, void* key) {
-  return tq_mom_llen_sync(g, db, key);
-}
+int tq_mom_llen_sync(tq_global_t* g, int db, void* key) { return Read({g, db, key}, &Engine::ListLength); }
 
 tq_mom_lrange_res_t* tq_mom_lrange_sync(tq_global_t* g, int db, void* key, int start, int stop) {
-  return MakeResult<tq_mom_lrange_res_t>([&](auto* result) {
-    Command command;
-    if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-    std::vector<std::string> values;
-    const int status = command.engine->ListRange(command.key, start, stop, &values);
-    if (status != TQ_MOM_OK) return status;
-    for (std::string& value : values) result->OwnElement(command.key.name, std::move(value));
-    result->value_array = result->pointers.data();
-    result->count = result->pointers.size();
-    return TQ_MOM_OK;
-  });
+  return hostkit::RunRecord<tq_mom_lrange_res_t>({g, db, key}, hostkit::Access::kRead, &Engine::ListRange,
+                                                 hostkit::FillElements, start, stop);
 }
 
-tq_mom_lrange_res_t* tq_mom_lrange_ext_sync(tq_global_t* g, int db, tq_mom_lrange_op_t* /*op*/, void* key, int start,
-                                            int stop) {
-  return tq_mom_lrange_sync(g, db, key, start, stop);
-}
-
-int tq_mom_linsert_sync(tq_global_t* g, int db, void* key, void* value, unsigned int where) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  const tq_obj* pivot = hostkit::LiveObject(value);
-  if (pivot == nullptr || !pivot->value || where > 1) return TQ_MOM_INPUT_ERR;
-  return Guarded([&] {
-    return command.engine->ListInsert(command.key, *pivot->value, where == 0 ? Where::kBefore : Where::kAfter,
-                                      command.value());
-  });
-}
-
-int tq_mom_linsert_ext_sync(tq_global_t* g, int db, tq_mom_linsert_op_t* /*op*/, void* key, void* value,
-                            unsigned int where) {
-  return tq_mom_linsert_sync(g, db, key, value, where);
+int tq_mom_linsert_sync(tq_global_t* g, int db, void* key, void* pivot, unsigned int where) {
+  return Write({g, db, key}, &Engine::ListInsert, hostkit::ValueOf{pivot}, hostkit::Side{where}, kValue);
 }
 
 int tq_mom_lset_sync(tq_global_t* g, int db, void* key, int index) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->ListSet(command.key, index, command.value()); });
-}
-
-int tq_mom_lset_ext_sync(tq_global_t* g, int db, tq_mom_lset_op_t* /*op*/, void* key, int index) {
-  return tq_mom_lset_sync(g, db, key, index);
+  return Write({g, db, key}, &Engine::ListSet, index, kValue);
 }
 
 int tq_mom_lrem_sync(tq_global_t* g, int db, void* key, size_t count) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->ListRemove(command.key, count, command.value()); });
-}
-
-int tq_mom_lrem_ext_sync(tq_global_t* g, int db, tq_mom_lrem_op_t* /*op*/, void* key, size_t count) {
-  return tq_mom_lrem_sync(g, db, key, count);
+  return Write({g, db, key}, &Engine::ListRemove, count, kValue);
 }
 
 int tq_mom_lrange_res_free(tq_mom_lrange_res_t* result) { return hostkit::FreeResult(result); }

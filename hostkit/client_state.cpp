@@ -5,10 +5,11 @@
 
 #include <cstring>
 #include <functional>
+#include <mutex>
 #include <string_view>
+#include <unordered_map>
 
 #include "hostkit/guard.h"
-#include "hostkit/live_set.h"
 
 namespace hostkit {
 namespace {
@@ -44,14 +45,32 @@ Runtimes& AllRuntimes() {
   return runtimes;
 }
 
-// A key text fits, with its NUL, into the key of a message.
-bool ValidName(std::string_view name) {
-  return !name.empty() && name.size() < TQ_MOM_KEY_MAX_LEN && name.find('\0') == std::string_view::npos;
+int RunEvent(tq_thread* event) { return tq_global_run(static_cast<tq_global_t*>(event->zg)); }
+
+int StatusCodeOf(StatusCode code) {
+  switch (code) {
+    case StatusCode::kOk:
+      return TQ_MOM_OK;
+    case StatusCode::kWrongKind:
+      return TQ_MOM_INPUT_ERR;
+    case StatusCode::kOutOfMemory:
+      return TQ_MOM_MALLOC_ERR;
+    case StatusCode::kUnavailable:
+      return TQ_MOM_NO_READY;
+    case StatusCode::kReadOnly:
+      return TQ_MOM_GLOBAL_DB_NO_WRITE;
+    case StatusCode::kOutcomeUnknown:
+    case StatusCode::kNotSupported:
+    case StatusCode::kFailed:
+      break;
+  }
+  return TQ_MOM_ERR;
 }
 
-int RunExpiryEvent(tq_thread* event) {
-  tq_mom_client_s* client = ClientOf(static_cast<tq_global_t*>(event->zg));
-  return client != nullptr ? client->engine->RunExpiry() : TQ_MOM_INPUT_ERR;
+// Whether a call that was entered there is not running any more, seen from a call further down the stack, which grows
+// downwards. A runtime is used from one thread at a time.
+bool WasLeft(const void* entered, pthread_t thread, const void* stack) {
+  return !pthread_equal(thread, pthread_self()) || std::less_equal<const void*>()(entered, stack);
 }
 
 }  // namespace
@@ -61,7 +80,6 @@ tq_global_t* StartRuntime(tq_global_t* record, std::unique_ptr<Engine> engine) {
     if (ClientOf(record) != nullptr) return nullptr;
     auto client = std::make_unique<tq_mom_client_s>(record, std::move(engine));
     AllRuntimes().Add(client->global, client.get());
-    *client->global = {client.get(), &client->master};
     return client.release()->global;
   });
 }
@@ -70,32 +88,17 @@ tq_mom_client_s* ClientOf(tq_global_t* g) { return AllRuntimes().Find(g); }
 
 bool ValidDatabase(int db) { return db >= 0 && db < kDatabaseCount; }
 
-int OpenClient(tq_global_t* g, tq_mom_client_s** client) {
-  *client = ClientOf(g);
-  if (*client == nullptr) return TQ_MOM_INPUT_ERR;
-  return (*client)->connected ? TQ_MOM_OK : TQ_MOM_NO_READY;
-}
-
-int Command::Open(tq_global_t* g, int db, const void* key_object) {
-  if (const int status = OpenClient(g, &client); status != TQ_MOM_OK) return status;
-  object = LiveObject(key_object);
-  if (!ValidDatabase(db) || object == nullptr || !ValidName(object->key)) return TQ_MOM_INPUT_ERR;
-  engine = client->engine.get();
-  key = {db, object->key};
-  return TQ_MOM_OK;
-}
-
-int Command::OpenWithValue(tq_global_t* g, int db, const void* key_object) {
-  const int status = Open(g, db, key_object);
-  return status == TQ_MOM_OK && !object->value ? TQ_MOM_INPUT_ERR : status;
+bool ValidName(std::string_view name) {
+  return !name.empty() && name.size() < TQ_MOM_KEY_MAX_LEN && name.find('\0') == std::string_view::npos;
 }
 
 }  // namespace hostkit
 
 tq_mom_client_s::tq_mom_client_s(tq_global_t* record, std::unique_ptr<hostkit::Engine> store)
     : global(record != nullptr ? record : &own_record_), engine(std::move(store)) {
+  own_record_ = {this, &master};
   event.master = &master;
-  event.func = hostkit::RunExpiryEvent;
+  event.func = hostkit::RunEvent;
   event.zg = global;
   event.pfd_index = -1;
   event.priority = TQ_THREAD_PRIORITY_MIDDLE;
@@ -107,20 +110,17 @@ tq_mom_client_s::tq_mom_client_s(tq_global_t* record, std::unique_ptr<hostkit::E
   master.cur_thread = &event;
 }
 
-tq_mom_client_s::~tq_mom_client_s() {
-  hostkit::AllRuntimes().Remove(global);
-  *global = {};
+tq_mom_client_s::~tq_mom_client_s() { hostkit::AllRuntimes().Remove(global); }
+
+bool tq_mom_client_s::InCallback(const void* stack) {
+  while (!frames.empty() && hostkit::WasLeft(frames.back()->stack_, frames.back()->thread_, stack)) frames.pop_back();
+  return !frames.empty();
 }
 
 void tq_mom_client_s::Enter(std::unique_ptr<hostkit::CallbackFrame> frame, const void* stack) {
   frame->stack_ = stack;
   frame->thread_ = pthread_self();
-  // The stack grows downwards, and a runtime is used from one thread at a time: whatever was entered no further up than
-  // here, or on another thread, is not running any more.
-  while (!frames.empty() && (!pthread_equal(frames.back()->thread_, frame->thread_) ||
-                             std::less_equal<const void*>()(frames.back()->stack_, stack))) {
-    frames.pop_back();
-  }
+  InCallback(stack);
   frames.push_back(std::move(frame));
 }
 
@@ -130,4 +130,18 @@ void tq_mom_client_s::Leave(const hostkit::CallbackFrame* frame) {
     frames.pop_back();
     if (found) return;
   }
+}
+
+int tq_mom_client_s::Finish(hostkit::Status status) noexcept {
+  last_error = std::move(status).text();
+  return hostkit::StatusCodeOf(status.code());
+}
+
+int tq_mom_client_s::Refuse(int status, const char* text) noexcept {
+  try {
+    last_error = text;
+  } catch (const std::bad_alloc&) {
+    last_error.clear();
+  }
+  return status;
 }

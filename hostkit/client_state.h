@@ -6,12 +6,16 @@
 #include <tq_kit/subscribe.h>
 #include <tq_mom/tq_mom.h>
 
+#include <bitset>
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "hostkit/engine.h"
-#include "hostkit/tq_obj.h"
+#include "hostkit/seen_fields.h"
 
 namespace hostkit {
 
@@ -42,23 +46,35 @@ struct Subscription {
 }  // namespace hostkit
 
 struct tq_mom_client_s {
-  // Uses the given record, or one of its own for null. Throws std::bad_alloc.
+  // Takes the given record's address as its own, or makes a record for null. A given record is neither read nor
+  // written. Throws std::bad_alloc.
   tq_mom_client_s(tq_global_t* record, std::unique_ptr<hostkit::Engine> store);
   ~tq_mom_client_s();
   tq_mom_client_s(const tq_mom_client_s&) = delete;
   tq_mom_client_s& operator=(const tq_mom_client_s&) = delete;
 
-  // Takes the frame in and drops those of calls that were left early. stack is the address of the caller's stack frame.
-  // Throws std::bad_alloc.
+  // Takes the frame in. stack is the address of the caller's stack frame. Throws std::bad_alloc.
   void Enter(std::unique_ptr<hostkit::CallbackFrame> frame, const void* stack);
   // Drops the frame and all that were entered after it.
   void Leave(const hostkit::CallbackFrame* frame);
+  // Whether a call that runs callbacks is under way on the caller's stack; drops the frames of calls that were left.
+  bool InCallback(const void* stack);
+
+  // Ends a call: keeps what there is to say about it and returns its status code.
+  int Finish(hostkit::Status status) noexcept;
+  // Ends a call that the client itself refuses.
+  int Refuse(int status, const char* text) noexcept;
 
   tq_global_t* const global;
   const std::unique_ptr<hostkit::Engine> engine;
   bool connected = false;
+  std::bitset<hostkit::kDatabaseCount> read_only;
+  hostkit::SeenFields seen;
+  std::uint64_t writes = 0;  // counts up with each call that may have written
+  std::string last_error;
   std::vector<hostkit::Subscription> subscriptions;  // ascending ids
   int last_subscription = 0;
+  std::deque<hostkit::Message> inbox;  // what has arrived and is not delivered yet
   std::vector<std::unique_ptr<hostkit::CallbackFrame>> frames;
   tq_thread_master master = {};
   tq_thread event = {};
@@ -76,24 +92,9 @@ tq_global_t* StartRuntime(tq_global_t* record, std::unique_ptr<Engine> engine);
 // Null if the record is no runtime.
 tq_mom_client_s* ClientOf(tq_global_t* g);
 
-// A command's way to the store, checked: the runtime, its connection, the database, the key, in this order.
-struct Command {
-  // Returns a status code.
-  int Open(tq_global_t* g, int db, const void* key_object);
-  // Also refuses a key object without a value.
-  int OpenWithValue(tq_global_t* g, int db, const void* key_object);
-
-  std::string_view value() const { return *object->value; }
-
-  tq_mom_client_s* client = nullptr;
-  Engine* engine = nullptr;
-  const tq_obj* object = nullptr;
-  Key key = {};
-};
-
-// The runtime and its connection alone. Returns a status code.
-int OpenClient(tq_global_t* g, tq_mom_client_s** client);
 bool ValidDatabase(int db);
+// A key text fits, with its NUL, into the key of a message.
+bool ValidName(std::string_view name);
 
 }  // namespace hostkit
 

@@ -1,120 +1,79 @@
 // Keys of any kind, strings.
 #include <tq_mom/tq_mom.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
-#include "hostkit/client_state.h"
-#include "hostkit/guard.h"
-#include "hostkit/results.h"
+#include "hostkit/command.h"
+
+using hostkit::Command;
+using hostkit::Engine;
+using hostkit::kValue;
+using hostkit::Read;
+using hostkit::RunRecord;
+using hostkit::Write;
 
 namespace {
 
-using hostkit::Command;
-using hostkit::Guarded;
-using hostkit::MakeResult;
-using hostkit::ObjectPtr;
-
-// Null when the key is missing.
-int Get(tq_global_t* g, int db, const tq_obj* key, ObjectPtr* object) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  std::optional<std::string> value;
-  const int status = command.engine->Get(command.key, &value);
-  if (status != TQ_MOM_OK || !value) return status;
-  auto made = std::make_unique<tq_obj>(command.key.name);
-  made->value = std::move(value);
-  *object = std::move(made);
-  return TQ_MOM_OK;
-}
-
-int Set(tq_global_t* g, int db, const tq_obj* key, std::optional<std::uint32_t> expire_milliseconds) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->Set(command.key, command.value(), expire_milliseconds); });
+hostkit::ObjectPtr MakeObject(const Command& command, std::optional<std::string> value) {
+  auto object = std::make_unique<tq_obj>(command.request.name);
+  object->value = std::move(value);
+  return object;
 }
 
 }  // namespace
 
 tq_obj* tq_mom_get_sync(tq_global_t* g, int db, tq_obj* key, int* error_code) {
-  ObjectPtr object;
-  *error_code = Guarded([&] { return Get(g, db, key, &object); });
+  Command command;
+  *error_code = command.Open({g, db, key}, hostkit::Access::kRead);
+  if (*error_code != TQ_MOM_OK) return nullptr;
+  hostkit::ObjectPtr object;
+  *error_code = command.Run([&] {
+    std::optional<std::string> value;
+    hostkit::Status status = command.Call(&Engine::Get, &value);
+    if (status.ok() && value) {
+      object = MakeObject(command, std::move(value));
+      object->GiveOut();
+    }
+    return command.client->Finish(std::move(status));
+  });
   return object.release();
 }
 
 tq_mom_get_res_t* tq_mom_get_ext_sync(tq_global_t* g, int db, tq_mom_get_op_t* /*op*/, tq_obj* key) {
-  return MakeResult<tq_mom_get_res_t>([&](auto* result) {
-    ObjectPtr object;
-    const int status = Get(g, db, key, &object);
-    if (object != nullptr) result->value = result->Own(std::move(object));
-    return status;
-  });
+  const auto fill = [](auto* result, const Command& command, std::optional<std::string> value) {
+    if (value) result->value = result->Own(MakeObject(command, std::move(value)));
+  };
+  return RunRecord<tq_mom_get_res_t>({g, db, key}, hostkit::Access::kRead, &Engine::Get, fill);
 }
 
-int tq_mom_set_sync(tq_global_t* g, int db, tq_obj* key) { return Set(g, db, key, std::nullopt); }
-
-int tq_mom_set_ext_sync(tq_global_t* g, int db, tq_mom_set_op_t* /*op*/, tq_obj* key) {
-  return tq_mom_set_sync(g, db, key);
+int tq_mom_set_sync(tq_global_t* g, int db, tq_obj* key) {
+  return Write({g, db, key}, &Engine::Set, kValue, std::nullopt);
 }
 
-int tq_mom_setnx_sync(tq_global_t* g, int db, tq_obj* key) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->SetIfAbsent(command.key, command.value()); });
-}
+int tq_mom_setnx_sync(tq_global_t* g, int db, tq_obj* key) { return Write({g, db, key}, &Engine::SetIfAbsent, kValue); }
 
 int tq_mom_setnx_noreply_sync(tq_global_t* g, int db, tq_obj* key) {
-  const int status = tq_mom_setnx_sync(g, db, key);
-  return status > 0 ? TQ_MOM_OK : status;
-}
-
-int tq_mom_setnx_noreply_ext_sync(tq_global_t* g, int db, tq_mom_set_op_t* /*op*/, tq_obj* key) {
-  return tq_mom_setnx_noreply_sync(g, db, key);
+  return std::min(tq_mom_setnx_sync(g, db, key), TQ_MOM_OK);
 }
 
 int tq_mom_psetex_sync(tq_global_t* g, int db, tq_obj* key, int milliseconds) {
-  Command command;
-  if (const int status = command.OpenWithValue(g, db, key); status != TQ_MOM_OK) return status;
-  if (milliseconds <= 0) return TQ_MOM_INPUT_ERR;
-  return Set(g, db, key, static_cast<std::uint32_t>(milliseconds));
+  return Write({g, db, key}, &Engine::Set, kValue, hostkit::TimeToLive{milliseconds});
 }
 
 int tq_mom_psetex_ext_sync(tq_global_t* g, int db, tq_mom_psetex_op_t* op, tq_obj* key) {
   return tq_mom_psetex_sync(g, db, key, op != nullptr ? op->milseconds : 0);
 }
 
-int tq_mom_del_sync(tq_global_t* g, int db, tq_obj* key) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->Delete(command.key); });
-}
-
-int tq_mom_del_ext_sync(tq_global_t* g, int db, tq_mom_del_op_t* /*op*/, tq_obj* key) {
-  return tq_mom_del_sync(g, db, key);
-}
-
-int tq_mom_exists_sync(tq_global_t* g, int db, tq_obj* key) {
-  Command command;
-  if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-  return Guarded([&] { return command.engine->Exists(command.key); });
-}
-
-int tq_mom_exists_ext_sync(tq_global_t* g, int db, tq_mom_exist_op_t* /*op*/, tq_obj* key) {
-  return tq_mom_exists_sync(g, db, key);
-}
+int tq_mom_del_sync(tq_global_t* g, int db, tq_obj* key) { return Write({g, db, key}, &Engine::Delete); }
+int tq_mom_exists_sync(tq_global_t* g, int db, tq_obj* key) { return Read({g, db, key}, &Engine::Exists); }
 
 tq_mom_incr_res_t* tq_mom_incr_sync(tq_global_t* g, int db, tq_obj* key) {
-  return MakeResult<tq_mom_incr_res_t>([&](auto* result) {
-    Command command;
-    if (const int status = command.Open(g, db, key); status != TQ_MOM_OK) return status;
-    return command.engine->Increment(command.key, &result->value);
-  });
-}
-
-tq_mom_incr_res_t* tq_mom_incr_ext_sync(tq_global_t* g, int db, tq_mom_incr_op_t* /*op*/, tq_obj* key) {
-  return tq_mom_incr_sync(g, db, key);
+  const auto fill = [](auto* result, const Command& /*command*/, std::int64_t value) { result->value = value; };
+  return RunRecord<tq_mom_incr_res_t>({g, db, key}, hostkit::Access::kWrite, &Engine::Increment, fill);
 }
 
 int tq_mom_get_res_free(tq_mom_get_res_t* result) { return hostkit::FreeResult(result); }

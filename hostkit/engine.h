@@ -86,7 +86,7 @@ struct ScoredMember {
 // What a scan tells of a key.
 struct Element {
   std::string name;
-  std::string value;  // of a string; empty for every other kind
+  std::string value;  // of a string, if it was asked for; empty for every other kind
 };
 
 // A scan in progress. Dropping it ends the scan; it does not outlive its engine.
@@ -119,6 +119,9 @@ struct DatabaseSummary {
 
   std::size_t keys() const { return strings + hashes + lists + sets + sorted_sets; }
 };
+
+// What a scan brings beside the names.
+enum class Bring { kNames, kStrings };
 
 enum class Feature {
   // Poll brings all messages, those that this runtime publishes included. Without it Poll brings none, and the
@@ -233,7 +236,7 @@ class Engine {
   virtual Status Poll(TimeLimit wait, std::vector<Message>* messages) = 0;
 
   // The keys that match a glob.
-  virtual Status Scan(const Request& pattern, std::unique_ptr<Cursor>* cursor) = 0;
+  virtual Status Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) = 0;
   // The element of one key, none if there is no such key: for a scan whose batch may have been written over.
   virtual Status ReadElement(const Request& request, std::optional<Element>* element) = 0;
 };

@@ -133,8 +133,8 @@ class EngineWrapper : public Engine {
     return inner_->Publish(request, message, receivers);
   }
   Status Poll(TimeLimit wait, std::vector<Message>* messages) override { return inner_->Poll(wait, messages); }
-  Status Scan(const Request& pattern, std::unique_ptr<Cursor>* cursor) override {
-    return inner_->Scan(pattern, cursor);
+  Status Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) override {
+    return inner_->Scan(pattern, bring, cursor);
   }
   Status ReadElement(const Request& request, std::optional<Element>* element) override {
     return inner_->ReadElement(request, element);

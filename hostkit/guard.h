@@ -10,17 +10,23 @@
 
 namespace hostkit {
 
-template <typename Body>
-int Guarded(Body body) noexcept {
+// failed is told the status and a text that says why.
+template <typename Body, typename Failed>
+int Guarded(Body body, Failed failed) noexcept {
   try {
     return body();
   } catch (const std::bad_alloc&) {
-    return TQ_MOM_MALLOC_ERR;
+    return failed(TQ_MOM_MALLOC_ERR, "out of memory");
   } catch (const std::length_error&) {
-    return TQ_MOM_MALLOC_ERR;
-  } catch (const std::exception&) {
-    return TQ_MOM_ERR;
+    return failed(TQ_MOM_MALLOC_ERR, "out of memory");
+  } catch (const std::exception& exception) {
+    return failed(TQ_MOM_ERR, exception.what());
   }
+}
+
+template <typename Body>
+int Guarded(Body body) noexcept {
+  return Guarded(body, [](int status, const char* /*why*/) { return status; });
 }
 
 // Null stands for every failure.

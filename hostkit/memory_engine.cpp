@@ -1,12 +1,11 @@
 #include "hostkit/memory_engine.h"
 
-#include <tq_mom/constants.h>
-
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
+#include <cmath>
 #include <iterator>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 #include "hostkit/glob.h"
@@ -15,10 +14,11 @@
 namespace hostkit {
 namespace {
 
-int ToCount(std::size_t count) {
-  constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<int>::max());
-  return static_cast<int>(std::min(count, kMost));
-}
+constexpr const char* kKindNames[] = {"nothing", "a string", "a hash", "a list", "a set", "a sorted set"};
+
+Kind KindOf(const Entry& entry) { return static_cast<Kind>(entry.value.index() + 1); }
+
+std::int64_t Count(std::size_t count) { return static_cast<std::int64_t>(count); }
 
 struct Range {
   std::size_t first = 0;
@@ -26,542 +26,682 @@ struct Range {
 };
 
 // The positions from start to stop inclusive, of which negative ones count from the end.
-Range RangeOf(int start, int stop, std::size_t size) {
-  const auto length = static_cast<std::int64_t>(size);
+Range RangeOf(std::int64_t start, std::int64_t stop, std::size_t size) {
+  const std::int64_t length = Count(size);
   const std::int64_t first = std::max<std::int64_t>(start < 0 ? start + length : start, 0);
   const std::int64_t last = std::min<std::int64_t>(stop < 0 ? stop + length : stop, length - 1);
   if (first > last) return {};
   return {static_cast<std::size_t>(first), static_cast<std::size_t>(last - first + 1)};
 }
 
-template <typename Container>
-auto Nth(Container& elements, std::size_t index) {
-  using Distance = typename std::iterator_traits<decltype(elements.begin())>::difference_type;
-  return index <= elements.size() / 2 ? std::next(elements.begin(), static_cast<Distance>(index))
-                                      : std::prev(elements.end(), static_cast<Distance>(elements.size() - index));
+List::iterator Nth(List& list, std::size_t index) {
+  return index <= list.size() / 2 ? std::next(list.begin(), Count(index))
+                                  : std::prev(list.end(), Count(list.size() - index));
 }
 
-// The members with scores from min to max inclusive. The empty text is the smallest member of a score.
-std::pair<std::set<Ranked>::iterator, std::set<Ranked>::iterator> ScoreRange(SortedSet& sorted, double min,
-                                                                             double max) {
-  if (!(min <= max)) return {sorted.order.end(), sorted.order.end()};
+// The ranks of the members with scores from min to max inclusive. The empty text is the smallest member of a score.
+Range RangeOfScores(const Ranking& ranking, double min, double max) {
+  if (min > max) return {};
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const std::string smallest;
-  const auto first = sorted.order.lower_bound(Ranked{min, &smallest});
-  const auto last = std::find_if(first, sorted.order.end(), [max](const Ranked& ranked) { return ranked.score > max; });
-  return {first, last};
+  const std::size_t first = ranking.order_of_key({min, &smallest});
+  const std::size_t end =
+      max == kInfinity ? ranking.size() : ranking.order_of_key({std::nextafter(max, kInfinity), &smallest});
+  return {first, end - first};
 }
 
-void CopyRanked(std::set<Ranked>::iterator first, std::set<Ranked>::iterator last, ScoredMembers* members) {
-  for (; first != last; ++first) members->emplace_back(*first->member, first->score);
+void CopyRanks(const Ranking& ranking, Range range, std::vector<ScoredMember>* members) {
+  if (range.count == 0) return;
+  members->reserve(range.count);
+  auto ranked = ranking.find_by_order(range.first);
+  for (std::size_t index = 0; index < range.count; ++index, ++ranked) {
+    members->push_back({*ranked->member, ranked->score});
+  }
 }
 
-Hash Stage(Fields&& fields) {
-  Hash staged;
-  for (auto& [tag, bytes] : fields) staged[tag].bytes = std::move(bytes);
-  return staged;
+void SetDeadline(Hash* hash, FieldTag tag, HashField* field, Deadline deadline) noexcept {
+  if (field->deadline) hash->expiring.erase({*field->deadline, tag});
+  field->deadline = deadline;
 }
+
+Element ElementOf(const Named& key, Bring bring) {
+  const auto* text = bring == Bring::kStrings ? std::get_if<String>(&key.second.value) : nullptr;
+  return {key.first, text != nullptr ? *text : String()};
+}
+
+Status NoElement() { return {StatusCode::kFailed, "the list has no such element"}; }
 
 }  // namespace
 
 MemoryEngine::MemoryEngine(const Clock& clock, std::string snapshot_path)
     : clock_(clock), snapshot_path_(std::move(snapshot_path)) {}
 
-bool MemoryEngine::Load(std::string* error) {
-  if (snapshot_path_.empty()) return true;
+Status MemoryEngine::Load() {
+  if (snapshot_path_.empty()) return {};
   Store loaded;
-  switch (ReadSnapshot(snapshot_path_, clock_, &loaded, error)) {
-    case SnapshotState::kLoaded:
-      std::swap(store_, loaded);
-      return true;
-    case SnapshotState::kMissing:
-      return true;
-    case SnapshotState::kRefused:
-      break;
+  Status status = ReadSnapshot(snapshot_path_, clock_, &loaded);
+  if (status.ok()) std::swap(store_, loaded);
+  return status;
+}
+
+bool MemoryEngine::DropExpired(int db, Named* key, std::int64_t now) noexcept {
+  Entry& entry = key->second;
+  if (!entry.queued || *entry.queued > now) return false;
+  if (entry.deadline && *entry.deadline <= now) return true;
+  auto& hash = std::get<Hash>(entry.value);
+  while (!hash.expiring.empty() && hash.expiring.begin()->first <= now) {
+    hash.fields.erase(hash.expiring.begin()->second);
+    hash.expiring.erase(hash.expiring.begin());
   }
+  if (hash.empty()) return true;
+  store_.Requeue(db, key);
   return false;
 }
 
-bool MemoryEngine::Expired(Entry* entry, std::int64_t now) const {
-  if (Due(entry->deadline, now)) return true;
-  Hash* hash = std::get_if<Hash>(&entry->value);
-  if (hash == nullptr) return false;
-  std::erase_if(*hash, [&](const auto& field) { return Due(field.second.deadline, now); });
-  return hash->empty();
+void MemoryEngine::RunExpiry() noexcept {
+  const std::int64_t now = clock_.Steady();
+  while (store_.First() != nullptr && store_.First()->time <= now) {
+    const Store::Due due = *store_.First();
+    if (DropExpired(due.db, due.key, now)) store_.Remove(due.db, due.key);
+  }
 }
 
-Entry* MemoryEngine::Find(Key key) {
-  Database& database = At(key);
-  const auto found = database.find(key.name);
-  if (found == database.end()) return nullptr;
-  if (!Expired(&found->second, clock_.Steady())) return &found->second;
-  database.erase(found);
+Named* MemoryEngine::Find(const Request& request) noexcept {
+  Named* key = store_.Find(request.db, request.name);
+  if (key == nullptr || !key->second.queued || !DropExpired(request.db, key, clock_.Steady())) return key;
+  store_.Remove(request.db, key);
   return nullptr;
 }
 
-template <typename Kind>
-bool MemoryEngine::Open(Key key, Kind** value) {
-  Entry* entry = Find(key);
-  *value = entry != nullptr ? std::get_if<Kind>(&entry->value) : nullptr;
-  return entry == nullptr || *value != nullptr;
+template <typename Value>
+Status MemoryEngine::Open(const Request& request, Opened<Value>* opened) {
+  opened->key = Find(request);
+  if (opened->key == nullptr) return {};
+  const Entry& entry = opened->key->second;
+  opened->value = std::get_if<Value>(&opened->key->second.value);
+  if (opened->value != nullptr) return {};
+  return {StatusCode::kWrongKind, std::string("the key holds ") + kKindNames[static_cast<int>(KindOf(entry))]};
 }
 
-template <typename Kind>
-Kind* MemoryEngine::Create(Key key, Kind value) {
-  const auto made = At(key).emplace(std::string(key.name), Entry{std::move(value), std::nullopt}).first;
-  return &std::get<Kind>(made->second.value);
+template <typename Value>
+Named* MemoryEngine::Create(const Request& request, Value value) {
+  return store_.Add(request.db, request.name, {.value = std::move(value)});
 }
 
-template <typename Kind>
-void MemoryEngine::DropEmpty(Key key, const Kind& value) {
-  if (value.empty()) At(key).erase(At(key).find(key.name));
+template <typename Value>
+void MemoryEngine::DropEmpty(const Request& request, const Opened<Value>& opened) noexcept {
+  if (opened.value->empty()) store_.Remove(request.db, opened.key);
 }
 
-int MemoryEngine::Connect(bool /*cluster*/) { return TQ_MOM_OK; }
+bool MemoryEngine::Supports(Feature feature) const { return feature == Feature::kClock; }
 
-void MemoryEngine::DropExpired(Database* database) {
-  const std::int64_t now = clock_.Steady();
-  for (auto named = database->begin(); named != database->end();) {
-    named = Expired(&named->second, now) ? database->erase(named) : std::next(named);
-  }
-}
+Status MemoryEngine::Connect(bool /*cluster*/, TimeLimit /*limit*/) { return {}; }
 
-int MemoryEngine::RunExpiry() {
-  for (Database& database : store_.databases) DropExpired(&database);
-  return TQ_MOM_OK;
-}
-
-int MemoryEngine::Save() {
-  if (snapshot_path_.empty()) return TQ_MOM_ERR;
+Status MemoryEngine::Save(TimeLimit /*limit*/) {
+  if (snapshot_path_.empty()) return {StatusCode::kFailed, "the runtime has no snapshot file"};
   RunExpiry();
-  std::string error;
-  if (WriteSnapshot(snapshot_path_, clock_, store_, &error)) return TQ_MOM_OK;
-  std::fprintf(stderr, "tq_mom_impl: %s\n", error.c_str());
-  return TQ_MOM_ERR;
+  return WriteSnapshot(snapshot_path_, clock_, store_);
 }
 
-int MemoryEngine::Summarize(int db, DatabaseSummary* summary) {
-  Database& database = store_.databases[static_cast<std::size_t>(db)];
-  DropExpired(&database);
-  struct Counter {
-    DatabaseSummary* summary;
-    void operator()(const String&) const { ++summary->strings; }
-    void operator()(const Hash&) const { ++summary->hashes; }
-    void operator()(const List&) const { ++summary->lists; }
-    void operator()(const hostkit::Set&) const { ++summary->sets; }
-    void operator()(const SortedSet&) const { ++summary->sorted_sets; }
-  };
-  for (const auto& [name, entry] : database) {
-    std::visit(Counter{summary}, entry.value);
-    if (entry.deadline) ++summary->expiring;
+Status MemoryEngine::Summarize(const Request& request, DatabaseSummary* summary) {
+  RunExpiry();
+  std::size_t* const counts[] = {&summary->strings, &summary->hashes, &summary->lists, &summary->sets,
+                                 &summary->sorted_sets};
+  for (const Named* key : store_.Names(request.db)) {
+    ++*counts[key->second.value.index()];
+    if (key->second.deadline) ++summary->expiring;
   }
-  return TQ_MOM_OK;
+  return {};
 }
 
-int MemoryEngine::Delete(Key key) {
-  if (Find(key) == nullptr) return 0;
-  At(key).erase(At(key).find(key.name));
-  return 1;
+Status MemoryEngine::Describe(TimeLimit /*limit*/, std::string* /*lines*/) { return {}; }
+
+Status MemoryEngine::FreezeClock() {
+  clock_.Stop();
+  return {};
 }
 
-int MemoryEngine::Exists(Key key) { return Find(key) != nullptr ? 1 : 0; }
-
-int MemoryEngine::Expire(Key key, std::uint32_t milliseconds) {
-  if (milliseconds == 0) return Delete(key);
-  Entry* entry = Find(key);
-  if (entry == nullptr) return 0;
-  entry->deadline = After(milliseconds);
-  return 1;
+Status MemoryEngine::AdvanceClock(std::int64_t milliseconds) {
+  if (clock_.Advance(milliseconds)) return {};
+  return {StatusCode::kFailed, "the clock is not stopped, or the time is out of range"};
 }
 
-int MemoryEngine::Persist(Key key, std::uint32_t within) {
-  Entry* entry = Find(key);
-  if (entry == nullptr || !entry->deadline) return 0;
-  if (within != 0 && *entry->deadline > *After(within)) return 0;
-  entry->deadline.reset();
-  return 1;
+Status MemoryEngine::ThawClock() {
+  clock_.Go();
+  return {};
 }
 
-int MemoryEngine::Get(Key key, std::optional<std::string>* value) {
-  String* stored;
-  if (!Open(key, &stored)) return TQ_MOM_INPUT_ERR;
-  if (stored != nullptr) *value = *stored;
-  return TQ_MOM_OK;
+Status MemoryEngine::Delete(const Request& request, bool* deleted) {
+  Named* key = Find(request);
+  *deleted = key != nullptr;
+  if (key != nullptr) store_.Remove(request.db, key);
+  return {};
 }
 
-int MemoryEngine::Set(Key key, std::string_view value, std::optional<std::uint32_t> expire_milliseconds) {
-  Entry fresh{String(value), expire_milliseconds ? After(*expire_milliseconds) : std::nullopt};
-  if (Entry* entry = Find(key); entry != nullptr) {
-    *entry = std::move(fresh);
-  } else {
-    At(key).emplace(std::string(key.name), std::move(fresh));
+Status MemoryEngine::Exists(const Request& request, bool* exists) {
+  *exists = Find(request) != nullptr;
+  return {};
+}
+
+Status MemoryEngine::Inspect(const Request& request, KeyState* state) {
+  const Named* key = Find(request);
+  if (key == nullptr) return {};
+  state->kind = KindOf(key->second);
+  if (key->second.deadline) state->remaining = *key->second.deadline - clock_.Steady();
+  return {};
+}
+
+Status MemoryEngine::Expire(const Request& request, std::uint32_t milliseconds, bool* exists) {
+  if (milliseconds == 0) return Delete(request, exists);
+  Named* key = Find(request);
+  *exists = key != nullptr;
+  if (key == nullptr) return {};
+  Store::Place place = Store::MakePlace();
+  key->second.deadline = After(milliseconds);
+  store_.Requeue(request.db, key, std::move(place));
+  return {};
+}
+
+Status MemoryEngine::Persist(const Request& request, std::uint32_t within, bool* persisted) {
+  Named* key = Find(request);
+  *persisted = key != nullptr && key->second.deadline && (within == 0 || *key->second.deadline <= *After(within));
+  if (!*persisted) return {};
+  key->second.deadline.reset();
+  store_.Requeue(request.db, key);
+  return {};
+}
+
+Status MemoryEngine::Get(const Request& request, std::optional<std::string>* value) {
+  Opened<String> text;
+  Status status = Open(request, &text);
+  if (text.value != nullptr) *value = *text.value;
+  return status;
+}
+
+Status MemoryEngine::Set(const Request& request, std::string_view value,
+                         std::optional<std::uint32_t> expire_milliseconds) {
+  Entry fresh{.value = String(value), .deadline = expire_milliseconds ? After(*expire_milliseconds) : std::nullopt};
+  Named* key = Find(request);
+  if (key == nullptr) {
+    store_.Add(request.db, request.name, std::move(fresh));
+    return {};
   }
-  return TQ_MOM_OK;
+  Store::Place place;
+  if (fresh.deadline) place = Store::MakePlace();
+  key->second.value = std::move(fresh.value);
+  key->second.deadline = fresh.deadline;
+  store_.Requeue(request.db, key, std::move(place));
+  return {};
 }
 
-int MemoryEngine::SetIfAbsent(Key key, std::string_view value) {
-  if (Find(key) != nullptr) return 0;
-  Create<String>(key, String(value));
-  return 1;
+Status MemoryEngine::SetIfAbsent(const Request& request, std::string_view value, bool* stored) {
+  *stored = Find(request) == nullptr;
+  if (*stored) Create(request, String(value));
+  return {};
 }
 
-int MemoryEngine::Increment(Key key, std::int64_t* value) {
-  String* stored;
-  if (!Open(key, &stored)) return TQ_MOM_INPUT_ERR;
+Status MemoryEngine::Increment(const Request& request, std::int64_t* value) {
+  Opened<String> text;
+  if (Status status = Open(request, &text); !status.ok()) return status;
   std::int64_t number = 0;
-  if (stored != nullptr) {
-    const char* end = stored->data() + stored->size();
-    const auto [parsed, failure] = std::from_chars(stored->data(), end, number);
-    if (failure != std::errc() || parsed != end) return TQ_MOM_INPUT_ERR;
-  }
-  if (number == std::numeric_limits<std::int64_t>::max()) {
-    *value = number;
-    return TQ_MOM_ERR;
-  }
-  String text = std::to_string(++number);
-  if (stored != nullptr) {
-    stored->swap(text);
-  } else {
-    Create<String>(key, std::move(text));
+  if (text.value != nullptr) {
+    const char* end = text.value->data() + text.value->size();
+    const auto [parsed, failure] = std::from_chars(text.value->data(), end, number);
+    if (failure != std::errc() || parsed != end) {
+      return {StatusCode::kWrongKind, "the value is no decimal 64-bit number"};
+    }
   }
   *value = number;
-  return TQ_MOM_OK;
+  if (number == std::numeric_limits<std::int64_t>::max()) return {StatusCode::kFailed, "the sum is out of range"};
+  std::string sum = std::to_string(number + 1);
+  if (text.value != nullptr) {
+    text.value->swap(sum);
+  } else {
+    Create(request, std::move(sum));
+  }
+  ++*value;
+  return {};
 }
 
-int MemoryEngine::HashSet(Key key, Fields fields) {
-  Hash* hash;
-  if (!Open(key, &hash)) return TQ_MOM_INPUT_ERR;
-  Hash staged = Stage(std::move(fields));
-  if (hash == nullptr) {
-    Create<Hash>(key, std::move(staged));
-    return TQ_MOM_OK;
+Status MemoryEngine::HashSet(const Request& request, std::span<const FieldView> fields) {
+  Opened<Hash> hash;
+  if (Status status = Open(request, &hash); !status.ok()) return status;
+  Hash staged;
+  for (const FieldView& field : fields) staged.fields.insert_or_assign(field.tag, HashField{std::string(field.bytes)});
+  if (hash.key == nullptr) {
+    Create(request, std::move(staged));
+    return {};
   }
-  for (auto& [tag, field] : staged) {
-    const auto known = hash->find(tag);
-    if (known == hash->end()) continue;
-    if (known->second.bytes != field.bytes) {
-      known->second.bytes.swap(field.bytes);
-      known->second.changed = true;
-    }
-    known->second.deadline.reset();
+  MakeRoom(&hash.value->fields, staged.fields.size());
+  for (auto& [tag, field] : staged.fields) {
+    const auto known = hash.value->fields.find(tag);
+    if (known == hash.value->fields.end()) continue;
+    known->second.bytes.swap(field.bytes);
+    SetDeadline(hash.value, tag, &known->second, std::nullopt);
   }
-  hash->merge(staged);
-  return TQ_MOM_OK;
+  hash.value->fields.merge(staged.fields);
+  store_.Requeue(request.db, hash.key);
+  return {};
 }
 
-int MemoryEngine::HashSetIfAbsent(Key key, Fields fields) {
-  Hash* hash;
-  if (!Open(key, &hash)) return TQ_MOM_INPUT_ERR;
-  Hash staged = Stage(std::move(fields));
-  const std::size_t offered = staged.size();
-  if (hash == nullptr) {
-    Create<Hash>(key, std::move(staged));
-    return ToCount(offered);
+Status MemoryEngine::HashSetIfAbsent(const Request& request, std::span<const FieldView> fields, std::int64_t* written) {
+  Opened<Hash> hash;
+  if (Status status = Open(request, &hash); !status.ok()) return status;
+  Hash staged;
+  for (const FieldView& field : fields) staged.fields.try_emplace(field.tag, HashField{std::string(field.bytes)});
+  const std::size_t offered = staged.fields.size();
+  if (hash.key == nullptr) {
+    Create(request, std::move(staged));
+    *written = Count(offered);
+    return {};
   }
-  hash->merge(staged);
-  return ToCount(offered - staged.size());
+  MakeRoom(&hash.value->fields, offered);
+  hash.value->fields.merge(staged.fields);
+  *written = Count(offered - staged.fields.size());
+  return {};
 }
 
-int MemoryEngine::HashRead(Key key, const std::vector<FieldTag>* tags, ReadHash* read) {
-  Hash* hash;
-  if (!Open(key, &hash)) return TQ_MOM_INPUT_ERR;
-  if (hash == nullptr) return TQ_MOM_OK;
-  read->exists = true;
-  const auto copy = [&](const Hash::value_type& named) {
-    read->fields.push_back({named.first, named.second.bytes, named.second.changed});
-  };
-  if (tags == nullptr) {
-    std::for_each(hash->begin(), hash->end(), copy);
-    return TQ_MOM_OK;
+Status MemoryEngine::HashGet(const Request& request, std::span<const FieldTag> tags, HashContents* contents) {
+  Opened<Hash> hash;
+  Status status = Open(request, &hash);
+  if (hash.value == nullptr) return status;
+  contents->exists = true;
+  std::unordered_set<FieldTag> copied;
+  for (const FieldTag tag : tags) {
+    const auto found = hash.value->fields.find(tag);
+    if (found == hash.value->fields.end() || !copied.insert(tag).second) continue;
+    contents->fields.push_back({tag, found->second.bytes});
   }
-  for (const FieldTag tag : std::set<FieldTag>(tags->begin(), tags->end())) {
-    if (const auto found = hash->find(tag); found != hash->end()) copy(*found);
-  }
-  return TQ_MOM_OK;
+  return status;
 }
 
-void MemoryEngine::HashMarkRead(Key key, const std::vector<ReadField>& fields) noexcept {
-  Hash* hash;
-  if (!Open(key, &hash) || hash == nullptr) return;
-  for (const ReadField& field : fields) {
-    if (const auto found = hash->find(field.tag); found != hash->end()) found->second.changed = false;
+Status MemoryEngine::HashGetAll(const Request& request, HashContents* contents) {
+  Opened<Hash> hash;
+  Status status = Open(request, &hash);
+  if (hash.value == nullptr) return status;
+  contents->exists = true;
+  contents->fields.reserve(hash.value->fields.size());
+  for (const auto& [tag, field] : hash.value->fields) contents->fields.push_back({tag, field.bytes});
+  return status;
+}
+
+Status MemoryEngine::HashExpire(const Request& request, std::span<const FieldTag> tags, std::uint32_t milliseconds,
+                                std::int64_t* count) {
+  Opened<Hash> hash;
+  Status status = Open(request, &hash);
+  if (hash.value == nullptr) return status;
+  const std::int64_t time = *After(milliseconds);
+  decltype(hash.value->expiring) staged;
+  for (const FieldTag tag : tags) {
+    if (hash.value->fields.contains(tag)) staged.insert({time, tag});
   }
-}
-
-int MemoryEngine::HashExpire(Key key, const std::vector<FieldTag>& tags, std::uint32_t milliseconds) {
-  Hash* hash;
-  if (!Open(key, &hash)) return TQ_MOM_INPUT_ERR;
-  if (hash == nullptr) return 0;
-  const std::set<FieldTag> wanted(tags.begin(), tags.end());
-  std::size_t count = 0;
-  for (const FieldTag tag : wanted) {
-    const auto found = hash->find(tag);
-    if (found == hash->end()) continue;
-    ++count;
-    if (milliseconds == 0) {
-      hash->erase(found);
-    } else {
-      found->second.deadline = After(milliseconds);
-    }
+  *count = Count(staged.size());
+  Store::Place place = Store::MakePlace();
+  for (const auto& [due, tag] : staged) {
+    const auto found = hash.value->fields.find(tag);
+    SetDeadline(hash.value, tag, &found->second, time);
+    if (milliseconds == 0) hash.value->fields.erase(found);
   }
-  DropEmpty(key, *hash);
-  return ToCount(count);
+  if (milliseconds != 0) hash.value->expiring.merge(staged);
+  store_.Requeue(request.db, hash.key, std::move(place));
+  DropEmpty(request, hash);
+  return {};
 }
 
-int MemoryEngine::ListPush(Key key, End end, std::string_view value) {
-  List* list;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  List node;
-  node.emplace_back(value);
-  if (list == nullptr) list = Create<List>(key);
-  list->splice(end == End::kHead ? list->begin() : list->end(), node);
-  return ToCount(list->size());
+Status MemoryEngine::HashRemaining(const Request& request, std::vector<FieldRemaining>* fields) {
+  Opened<Hash> hash;
+  Status status = Open(request, &hash);
+  if (hash.value == nullptr) return status;
+  const std::int64_t now = clock_.Steady();
+  for (const auto& [time, tag] : hash.value->expiring) fields->push_back({tag, time - now});
+  return status;
 }
 
-int MemoryEngine::ListPop(Key key, End end, std::string* value, bool* popped) {
-  List* list;
-  *popped = false;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  if (list == nullptr) return 0;
-  const auto element = end == End::kHead ? list->begin() : std::prev(list->end());
+Status MemoryEngine::ListPush(const Request& request, End end, std::string_view value, std::int64_t* length) {
+  Opened<List> list;
+  if (Status status = Open(request, &list); !status.ok()) return status;
+  List element;
+  element.emplace_back(value);
+  *length = 1;
+  if (list.key == nullptr) {
+    Create(request, std::move(element));
+    return {};
+  }
+  list.value->splice(end == End::kHead ? list.value->begin() : list.value->end(), element);
+  *length = Count(list.value->size());
+  return {};
+}
+
+Status MemoryEngine::ListPop(const Request& request, End end, std::optional<std::string>* value, std::int64_t* left) {
+  Opened<List> list;
+  Status status = Open(request, &list);
+  if (list.value == nullptr) return status;
+  const auto element = end == End::kHead ? list.value->begin() : std::prev(list.value->end());
   *value = std::move(*element);
-  *popped = true;
-  list->erase(element);
-  const int left = ToCount(list->size());
-  DropEmpty(key, *list);
-  return left;
+  list.value->erase(element);
+  *left = Count(list.value->size());
+  DropEmpty(request, list);
+  return status;
 }
 
-int MemoryEngine::ListLength(Key key) {
-  List* list;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  return list != nullptr ? ToCount(list->size()) : 0;
+Status MemoryEngine::ListLength(const Request& request, std::int64_t* length) {
+  Opened<List> list;
+  Status status = Open(request, &list);
+  if (list.value != nullptr) *length = Count(list.value->size());
+  return status;
 }
 
-int MemoryEngine::ListRange(Key key, int start, int stop, std::vector<std::string>* values) {
-  List* list;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  if (list == nullptr) return TQ_MOM_OK;
-  const Range range = RangeOf(start, stop, list->size());
-  if (range.count == 0) return TQ_MOM_OK;
+Status MemoryEngine::ListRange(const Request& request, std::int64_t start, std::int64_t stop,
+                               std::vector<std::string>* values) {
+  Opened<List> list;
+  Status status = Open(request, &list);
+  if (list.value == nullptr) return status;
+  const Range range = RangeOf(start, stop, list.value->size());
+  if (range.count == 0) return status;
   values->reserve(range.count);
-  std::copy_n(Nth(*list, range.first), range.count, std::back_inserter(*values));
-  return TQ_MOM_OK;
+  std::copy_n(Nth(*list.value, range.first), range.count, std::back_inserter(*values));
+  return status;
 }
 
-int MemoryEngine::ListInsert(Key key, std::string_view pivot, Where where, std::string_view value) {
-  List* list;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  if (list == nullptr) return 0;
-  auto place = std::find(list->begin(), list->end(), pivot);
-  if (place == list->end()) return TQ_MOM_ERR;
+Status MemoryEngine::ListInsert(const Request& request, std::string_view pivot, Where where, std::string_view value,
+                                std::int64_t* length) {
+  Opened<List> list;
+  Status status = Open(request, &list);
+  if (list.value == nullptr) return status;
+  auto place = std::find(list.value->begin(), list.value->end(), pivot);
+  if (place == list.value->end()) return NoElement();
   if (where == Where::kAfter) ++place;
-  list->emplace(place, value);
-  return ToCount(list->size());
+  list.value->emplace(place, value);
+  *length = Count(list.value->size());
+  return status;
 }
 
-int MemoryEngine::ListSet(Key key, int position, std::string_view value) {
-  List* list;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  if (list == nullptr) return TQ_MOM_ERR;
-  const auto length = static_cast<std::int64_t>(list->size());
+Status MemoryEngine::ListSet(const Request& request, std::int64_t position, std::string_view value) {
+  Opened<List> list;
+  if (Status status = Open(request, &list); !status.ok()) return status;
+  if (list.value == nullptr) return NoElement();
+  const std::int64_t length = Count(list.value->size());
   const std::int64_t index = position < 0 ? position + length : position;
-  if (index < 0 || index >= length) return TQ_MOM_ERR;
-  std::string(value).swap(*Nth(*list, static_cast<std::size_t>(index)));
-  return TQ_MOM_OK;
+  if (index < 0 || index >= length) return NoElement();
+  std::string(value).swap(*Nth(*list.value, static_cast<std::size_t>(index)));
+  return {};
 }
 
-int MemoryEngine::ListRemove(Key key, std::size_t count, std::string_view value) {
-  List* list;
-  if (!Open(key, &list)) return TQ_MOM_INPUT_ERR;
-  if (list == nullptr) return 0;
-  std::size_t removed = 0;
-  for (auto element = list->begin(); element != list->end() && (count == 0 || removed < count);) {
+Status MemoryEngine::ListRemove(const Request& request, std::uint64_t most, std::string_view value,
+                                std::int64_t* removed) {
+  Opened<List> list;
+  Status status = Open(request, &list);
+  if (list.value == nullptr) return status;
+  const auto limit = most == 0 ? std::numeric_limits<std::uint64_t>::max() : most;
+  std::uint64_t gone = 0;
+  for (auto element = list.value->begin(); element != list.value->end() && gone < limit;) {
     if (*element == value) {
-      element = list->erase(element);
-      ++removed;
+      element = list.value->erase(element);
+      ++gone;
     } else {
       ++element;
     }
   }
-  DropEmpty(key, *list);
-  return ToCount(removed);
+  *removed = Count(gone);
+  DropEmpty(request, list);
+  return status;
 }
 
-int MemoryEngine::SetAdd(Key key, std::string_view member) {
-  hostkit::Set* set;
-  if (!Open(key, &set)) return TQ_MOM_INPUT_ERR;
-  if (set != nullptr && set->contains(member)) return 0;
-  hostkit::Set node;
-  node.emplace(member);
-  if (set == nullptr) set = Create<hostkit::Set>(key);
-  set->merge(node);
-  return 1;
-}
-
-int MemoryEngine::SetRemove(Key key, std::string_view member) {
-  hostkit::Set* set;
-  if (!Open(key, &set)) return TQ_MOM_INPUT_ERR;
-  if (set == nullptr) return 0;
-  const auto found = set->find(member);
-  if (found == set->end()) return 0;
-  set->erase(found);
-  DropEmpty(key, *set);
-  return 1;
-}
-
-int MemoryEngine::SetContains(Key key, std::string_view member) {
-  hostkit::Set* set;
-  if (!Open(key, &set)) return TQ_MOM_INPUT_ERR;
-  return set != nullptr && set->contains(member) ? 1 : 0;
-}
-
-int MemoryEngine::SetSize(Key key) {
-  hostkit::Set* set;
-  if (!Open(key, &set)) return TQ_MOM_INPUT_ERR;
-  return set != nullptr ? ToCount(set->size()) : 0;
-}
-
-int MemoryEngine::SetMembers(Key key, std::vector<std::string>* members) {
-  hostkit::Set* set;
-  if (!Open(key, &set)) return TQ_MOM_INPUT_ERR;
-  if (set != nullptr) members->assign(set->begin(), set->end());
-  return TQ_MOM_OK;
-}
-
-int MemoryEngine::SortedAdd(Key key, Scores scores) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  // A new member's map node moves over as it is, so its place in the order can be made before.
-  std::set<Ranked> fresh;
-  for (const auto& [member, score] : scores) {
-    if (sorted == nullptr || !sorted->scores.contains(member)) fresh.insert({score, &member});
+Status MemoryEngine::SetAdd(const Request& request, std::string_view member, bool* added) {
+  Opened<hostkit::Set> set;
+  if (Status status = Open(request, &set); !status.ok()) return status;
+  if (set.key != nullptr) {
+    *added = set.value->emplace(member).second;
+    return {};
   }
-  if (sorted == nullptr) sorted = Create<SortedSet>(key);
-  const int added = ToCount(fresh.size());
-  for (const auto& [member, score] : scores) {
-    const auto known = sorted->scores.find(member);
-    if (known == sorted->scores.end()) continue;
-    auto ranked = sorted->order.extract(Ranked{known->second, &known->first});
+  Create(request, hostkit::Set{std::string(member)});
+  *added = true;
+  return {};
+}
+
+Status MemoryEngine::SetRemove(const Request& request, std::string_view member, bool* removed) {
+  Opened<hostkit::Set> set;
+  Status status = Open(request, &set);
+  if (set.value == nullptr) return status;
+  const auto found = set.value->find(member);
+  *removed = found != set.value->end();
+  if (*removed) set.value->erase(found);
+  DropEmpty(request, set);
+  return status;
+}
+
+Status MemoryEngine::SetContains(const Request& request, std::string_view member, bool* contained) {
+  Opened<hostkit::Set> set;
+  Status status = Open(request, &set);
+  *contained = set.value != nullptr && set.value->contains(member);
+  return status;
+}
+
+Status MemoryEngine::SetSize(const Request& request, std::int64_t* size) {
+  Opened<hostkit::Set> set;
+  Status status = Open(request, &set);
+  if (set.value != nullptr) *size = Count(set.value->size());
+  return status;
+}
+
+Status MemoryEngine::SetMembers(const Request& request, std::vector<std::string>* members) {
+  Opened<hostkit::Set> set;
+  Status status = Open(request, &set);
+  if (set.value != nullptr) members->assign(set.value->begin(), set.value->end());
+  return status;
+}
+
+Status MemoryEngine::SortedAdd(const Request& request, std::span<const ScoredView> members, std::int64_t* added) {
+  Opened<SortedSet> sorted;
+  if (Status status = Open(request, &sorted); !status.ok()) return status;
+  TextMap<double> wanted;
+  for (const auto& [member, score] : members) wanted.insert_or_assign(std::string(member), score);
+  SortedSet fresh;
+  SortedSet* const target = sorted.key != nullptr ? sorted.value : &fresh;
+  MakeRoom(&target->scores, wanted.size());
+
+  // The new places first, which may fail; then the old ones go, which cannot.
+  std::vector<Ranked> placed;
+  placed.reserve(wanted.size());
+  try {
+    for (const auto& [member, score] : wanted) {
+      const auto known = target->scores.find(member);
+      if (known != target->scores.end() && known->second == score) continue;
+      const Ranked place{score, known != target->scores.end() ? &known->first : &member};
+      target->ranking->insert(place);
+      placed.push_back(place);
+    }
+  } catch (...) {
+    for (const Ranked& place : placed) target->ranking->erase(place);
+    throw;
+  }
+  if (sorted.key == nullptr) {
+    // The ranking points at what is wanted, whose names stay where they are.
+    fresh.scores.merge(wanted);
+    *added = Count(fresh.scores.size());
+    if (!fresh.empty()) Create(request, std::move(fresh));
+    return {};
+  }
+  for (const auto& [score, member] : placed) {
+    const auto known = target->scores.find(*member);
+    if (known == target->scores.end()) continue;
+    target->ranking->erase(Ranked{known->second, member});
     known->second = score;
-    ranked.value().score = score;
-    sorted->order.insert(std::move(ranked));
   }
-  sorted->scores.merge(scores);
-  sorted->order.merge(fresh);
-  return added;
+  const std::size_t before = target->scores.size();
+  target->scores.merge(wanted);
+  *added = Count(target->scores.size() - before);
+  return {};
 }
 
-int MemoryEngine::EraseRanked(Key key, SortedSet* sorted, std::set<Ranked>::iterator first,
-                              std::set<Ranked>::iterator last) {
-  std::size_t removed = 0;
-  for (; first != last; ++removed) {
-    const auto member = sorted->scores.find(*first->member);
-    first = sorted->order.erase(first);
-    sorted->scores.erase(member);
+std::int64_t MemoryEngine::RemoveRanks(const Request& request, const Opened<SortedSet>& opened, std::size_t first,
+                                       std::size_t count) noexcept {
+  Ranking& ranking = *opened.value->ranking;
+  for (std::size_t index = 0; index < count; ++index) {
+    const auto ranked = ranking.find_by_order(first);
+    const auto member = opened.value->scores.find(*ranked->member);
+    ranking.erase(ranked);
+    opened.value->scores.erase(member);
   }
-  DropEmpty(key, sorted->scores);
-  return ToCount(removed);
+  DropEmpty(request, opened);
+  return Count(count);
 }
 
-int MemoryEngine::SortedRemove(Key key, const std::vector<std::string_view>& members) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return 0;
-  std::size_t removed = 0;
+Status MemoryEngine::SortedRemove(const Request& request, std::span<const std::string_view> members,
+                                  std::int64_t* removed) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
   for (const std::string_view member : members) {
-    const auto found = sorted->scores.find(member);
-    if (found == sorted->scores.end()) continue;
-    sorted->order.erase(Ranked{found->second, &found->first});
-    sorted->scores.erase(found);
-    ++removed;
+    const auto found = sorted.value->scores.find(member);
+    if (found == sorted.value->scores.end()) continue;
+    sorted.value->ranking->erase(Ranked{found->second, &found->first});
+    sorted.value->scores.erase(found);
+    ++*removed;
   }
-  DropEmpty(key, sorted->scores);
-  return ToCount(removed);
+  DropEmpty(request, sorted);
+  return status;
 }
 
-int MemoryEngine::SortedSize(Key key) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  return sorted != nullptr ? ToCount(sorted->scores.size()) : 0;
+Status MemoryEngine::SortedSize(const Request& request, std::int64_t* size) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value != nullptr) *size = Count(sorted.value->scores.size());
+  return status;
 }
 
-int MemoryEngine::SortedCount(Key key, double min, double max) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return 0;
-  const auto [first, last] = ScoreRange(*sorted, min, max);
-  return ToCount(static_cast<std::size_t>(std::distance(first, last)));
+Status MemoryEngine::SortedCount(const Request& request, double min, double max, std::int64_t* count) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value != nullptr) *count = Count(RangeOfScores(*sorted.value->ranking, min, max).count);
+  return status;
 }
 
-int MemoryEngine::SortedRange(Key key, int start, int stop, ScoredMembers* members) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return TQ_MOM_OK;
-  const Range range = RangeOf(start, stop, sorted->order.size());
-  CopyRanked(Nth(sorted->order, range.first), Nth(sorted->order, range.first + range.count), members);
-  return TQ_MOM_OK;
+Status MemoryEngine::SortedRange(const Request& request, std::int64_t start, std::int64_t stop,
+                                 std::vector<ScoredMember>* members) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
+  const Ranking& ranking = *sorted.value->ranking;
+  CopyRanks(ranking, RangeOf(start, stop, ranking.size()), members);
+  return status;
 }
 
-int MemoryEngine::SortedRangeByScore(Key key, double min, double max, ScoredMembers* members) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return TQ_MOM_OK;
-  const auto [first, last] = ScoreRange(*sorted, min, max);
-  CopyRanked(first, last, members);
-  return TQ_MOM_OK;
+Status MemoryEngine::SortedRangeByScore(const Request& request, double min, double max,
+                                        std::vector<ScoredMember>* members) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
+  const Ranking& ranking = *sorted.value->ranking;
+  CopyRanks(ranking, RangeOfScores(ranking, min, max), members);
+  return status;
 }
 
-int MemoryEngine::SortedRank(Key key, std::string_view member) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return TQ_MOM_ERR;
-  const auto found = sorted->scores.find(member);
-  if (found == sorted->scores.end()) return TQ_MOM_ERR;
-  const auto ranked = sorted->order.find(Ranked{found->second, &found->first});
-  return ToCount(static_cast<std::size_t>(std::distance(sorted->order.begin(), ranked)));
+Status MemoryEngine::SortedRank(const Request& request, std::string_view member, std::optional<std::int64_t>* rank) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
+  const auto found = sorted.value->scores.find(member);
+  if (found == sorted.value->scores.end()) return status;
+  *rank = Count(sorted.value->ranking->order_of_key({found->second, &found->first}));
+  return status;
 }
 
-int MemoryEngine::SortedScore(Key key, std::string_view member, std::optional<double>* score) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return TQ_MOM_OK;
-  if (const auto found = sorted->scores.find(member); found != sorted->scores.end()) *score = found->second;
-  return TQ_MOM_OK;
+Status MemoryEngine::SortedScore(const Request& request, std::string_view member, std::optional<double>* score) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
+  const auto found = sorted.value->scores.find(member);
+  if (found != sorted.value->scores.end()) *score = found->second;
+  return status;
 }
 
-int MemoryEngine::SortedRemoveRange(Key key, int start, int stop) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return 0;
-  const Range range = RangeOf(start, stop, sorted->order.size());
-  return EraseRanked(key, sorted, Nth(sorted->order, range.first), Nth(sorted->order, range.first + range.count));
+Status MemoryEngine::SortedRemoveRange(const Request& request, std::int64_t start, std::int64_t stop,
+                                       std::int64_t* removed) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
+  const Range range = RangeOf(start, stop, sorted.value->ranking->size());
+  *removed = RemoveRanks(request, sorted, range.first, range.count);
+  return status;
 }
 
-int MemoryEngine::SortedRemoveRangeByScore(Key key, double min, double max) {
-  SortedSet* sorted;
-  if (!Open(key, &sorted)) return TQ_MOM_INPUT_ERR;
-  if (sorted == nullptr) return 0;
-  const auto [first, last] = ScoreRange(*sorted, min, max);
-  return EraseRanked(key, sorted, first, last);
+Status MemoryEngine::SortedRemoveRangeByScore(const Request& request, double min, double max, std::int64_t* removed) {
+  Opened<SortedSet> sorted;
+  Status status = Open(request, &sorted);
+  if (sorted.value == nullptr) return status;
+  const Range range = RangeOfScores(*sorted.value->ranking, min, max);
+  *removed = RemoveRanks(request, sorted, range.first, range.count);
+  return status;
 }
 
-int MemoryEngine::Publish(Key /*key*/, std::string_view /*message*/) { return 0; }
+Status MemoryEngine::Subscribe(const Request& /*pattern*/) { return {}; }
+Status MemoryEngine::Unsubscribe(const Request& /*pattern*/) { return {}; }
 
-int MemoryEngine::Match(Key pattern, std::vector<std::string>* names) {
-  Database& database = At(pattern);
-  DropExpired(&database);
-  for (const auto& [name, entry] : database) {
-    if (GlobMatches(pattern.name, name)) names->push_back(name);
+Status MemoryEngine::Publish(const Request& /*request*/, std::string_view /*message*/, std::int64_t* /*receivers*/) {
+  return {};
+}
+
+Status MemoryEngine::Poll(TimeLimit /*wait*/, std::vector<Message>* /*messages*/) {
+  RunExpiry();
+  return {};
+}
+
+// Goes from name to name. One element at a time, so that each is what it is when its turn comes.
+class MemoryEngine::Scanner : public Cursor {
+ public:
+  Scanner(MemoryEngine* engine, const Request& pattern, Bring bring)
+      : engine_(engine),
+        db_(pattern.db),
+        pattern_(pattern.name),
+        bring_(bring),
+        newest_(engine->store_.last_serial()) {}
+
+  Status Next(std::size_t /*most*/, std::vector<Element>* batch) override {
+    engine_->RunExpiry();
+    const Store::Order& names = engine_->store_.Names(db_);
+    auto next = Resume(names);
+    while (next != names.end() && !Wanted(**next)) ++next;
+    if (next == names.end()) return {};
+    Element element = ElementOf(**next, bring_);
+    last_ = element.name;
+    batch->push_back(std::move(element));
+    place_ = next;
+    removals_ = engine_->store_.removals();
+    started_ = true;
+    return {};
   }
-  return TQ_MOM_OK;
+
+ private:
+  // A key that came after the scan's beginning is not visited.
+  bool Wanted(const Named& key) const { return key.second.serial <= newest_ && GlobMatches(pattern_, key.first); }
+
+  // The place behind the last name, also when that is gone.
+  Store::Order::const_iterator Resume(const Store::Order& names) const {
+    if (!started_) return names.begin();
+    return removals_ == engine_->store_.removals() ? std::next(place_) : names.upper_bound(std::string_view(last_));
+  }
+
+  MemoryEngine* const engine_;
+  const int db_;
+  const std::string pattern_;
+  const Bring bring_;
+  const std::uint64_t newest_;
+  bool started_ = false;
+  std::string last_;
+  Store::Order::const_iterator place_;
+  std::uint64_t removals_ = 0;
+};
+
+Status MemoryEngine::Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) {
+  *cursor = std::make_unique<Scanner>(this, pattern, bring);
+  return {};
 }
 
-int MemoryEngine::Describe(Key key, Element* element) {
-  const Entry* entry = Find(key);
-  element->exists = entry != nullptr;
-  const String* text = entry != nullptr ? std::get_if<String>(&entry->value) : nullptr;
-  element->value = text != nullptr ? *text : String();
-  return TQ_MOM_OK;
+Status MemoryEngine::ReadElement(const Request& request, std::optional<Element>* element) {
+  const Named* key = Find(request);
+  if (key != nullptr) *element = ElementOf(*key, Bring::kStrings);
+  return {};
 }
 
 }  // namespace hostkit

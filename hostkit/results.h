@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/client_state.h"
 #include "hostkit/guard.h"
 #include "hostkit/live_set.h"
 #include "hostkit/tq_obj.h"
@@ -71,17 +72,26 @@ struct Result : Record {
   std::vector<std::size_t> changed_tags;
 };
 
-// Makes a result, lets the body fill it and return a status, and gives it out with that status. A result that could
-// not be filled carries the status alone; null when there is no memory even for that.
+// Makes a result, lets the body fill it and return a status, and gives it out with that status. Null when memory runs
+// out here. client, which may be null, keeps what there is to say about a failure.
 template <typename Record, typename Body>
-Record* MakeResult(Body body) noexcept {
-  return GuardedPointer([&]() -> Record* {
-    auto result = std::make_unique<Result<Record>>();
-    const int status = Guarded([&] { return body(result.get()); });
-    if (status == TQ_MOM_MALLOC_ERR) return nullptr;
-    result->error_code = status;
-    return result.release();
-  });
+Record* MakeResult(tq_mom_client_s* client, Body body) noexcept {
+  const auto failed = [&](int status, const char* why) {
+    return client != nullptr ? client->Refuse(status, why) : status;
+  };
+  std::unique_ptr<Result<Record>> result;
+  bool filled = false;
+  const int status = Guarded(
+      [&] {
+        result = std::make_unique<Result<Record>>();
+        const int got = body(result.get());
+        filled = true;
+        return got;
+      },
+      failed);
+  if (!filled && status == TQ_MOM_MALLOC_ERR) return nullptr;
+  result->error_code = status;
+  return result.release();
 }
 
 template <typename Record>

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cmath>
@@ -11,6 +12,9 @@
 #include <cstring>
 #include <stdexcept>
 #include <utility>
+#include <vector>
+
+#include "hostkit/digest.h"
 
 namespace hostkit {
 namespace {
@@ -21,10 +25,13 @@ constexpr std::size_t kSumSize = 8;
 
 enum Kind : std::uint8_t { kString, kHash, kList, kSet, kSortedSet };
 
-std::uint64_t Sum(std::string_view bytes) {
-  std::uint64_t sum = 14695981039346656037U;
-  for (const char byte : bytes) sum = (sum ^ static_cast<unsigned char>(byte)) * 1099511628211U;
-  return sum;
+// Equal stores give equal snapshots, whatever the order of their hash tables.
+auto Sorted(const auto& table, auto key) {
+  std::vector<decltype(&*table.begin())> elements;
+  elements.reserve(table.size());
+  for (const auto& element : table) elements.push_back(&element);
+  std::sort(elements.begin(), elements.end(), [&](const auto* a, const auto* b) { return key(*a) < key(*b); });
+  return elements;
 }
 
 class Writer {
@@ -53,34 +60,38 @@ class Writer {
   void operator()(const String& value) { Bytes(value); }
 
   void operator()(const Hash& hash) {
-    Count(hash.size());
-    for (const auto& [tag, field] : hash) {
-      Number(tag, 4);
-      Bytes(field.bytes);
-      Time(field.deadline);
-      Number(field.changed ? 1 : 0, 1);
+    Count(hash.fields.size());
+    for (const auto* named : Sorted(hash.fields, [](const auto& field) { return field.first; })) {
+      Number(named->first, 4);
+      Bytes(named->second.bytes);
+      Time(named->second.deadline);
+      Number(1, 1);
     }
   }
 
-  void operator()(const List& list) { All(list); }
-  void operator()(const Set& set) { All(set); }
+  void operator()(const List& list) {
+    Count(list.size());
+    for (const std::string& element : list) Bytes(element);
+  }
+
+  void operator()(const Set& set) {
+    Count(set.size());
+    for (const auto* member : Sorted(set, [](const std::string& text) { return std::string_view(text); })) {
+      Bytes(*member);
+    }
+  }
 
   void operator()(const SortedSet& sorted) {
     Count(sorted.scores.size());
-    for (const auto& [member, score] : sorted.scores) {
-      Bytes(member);
-      Number(std::bit_cast<std::uint64_t>(score), 8);
+    for (const Ranked& ranked : *sorted.ranking) {
+      Bytes(*ranked.member);
+      Number(std::bit_cast<std::uint64_t>(ranked.score), 8);
     }
   }
 
   std::string Take() { return std::move(bytes_); }
 
  private:
-  void All(const auto& elements) {
-    Count(elements.size());
-    for (const std::string& element : elements) Bytes(element);
-  }
-
   const std::int64_t to_calendar_;
   std::string bytes_;
 };
@@ -130,9 +141,10 @@ class Reader {
         Hash& hash = entry->value.emplace<Hash>();
         Each([&] {
           const auto tag = static_cast<FieldTag>(Number(4));
-          HashField field{Bytes(), Time(), true};
-          field.changed = Flag();
-          return hash.emplace(tag, std::move(field)).second;
+          HashField field{Bytes(), Time()};
+          Flag();
+          if (field.deadline) hash.expiring.insert({*field.deadline, tag});
+          return hash.fields.emplace(tag, std::move(field)).second;
         });
         return;
       }
@@ -155,7 +167,7 @@ class Reader {
           std::string member = Bytes();
           const auto score = std::bit_cast<double>(Number(8));
           const auto [scored, fresh] = sorted.scores.emplace(std::move(member), score);
-          return !std::isnan(score) && fresh && sorted.order.insert({score, &scored->first}).second;
+          return !std::isnan(score) && fresh && sorted.ranking->insert({score, &scored->first}).second;
         });
         return;
       }
@@ -187,15 +199,10 @@ class Reader {
   const std::int64_t steady_;
 };
 
-bool Fail(std::string* error, const char* reason) {
-  *error = reason;
-  return false;
-}
+Status Refuse(const char* reason) { return {StatusCode::kFailed, reason}; }
 
-bool FailFile(std::string* error, const std::string& path, const char* action) {
-  const int code = errno;
-  *error = "cannot " + std::string(action) + " " + path + ": " + std::strerror(code);
-  return false;
+Status FailFile(int code, const std::string& path, const char* action) {
+  return {StatusCode::kFailed, "cannot " + std::string(action) + " " + path + ": " + std::strerror(code)};
 }
 
 class File {
@@ -251,11 +258,12 @@ void SyncDirectory(const std::string& directory) {
 
 std::string EncodeSnapshot(const Store& store, const Clock& clock) {
   Writer payload(clock);
-  for (std::size_t db = 0; db < store.databases.size(); ++db) {
-    for (const auto& [name, entry] : store.databases[db]) {
+  for (int db = 0; db < kDatabaseCount; ++db) {
+    for (const Named* key : store.Names(db)) {
+      const Entry& entry = key->second;
       payload.Number(entry.value.index(), 1);
-      payload.Number(db, 1);
-      payload.Bytes(name);
+      payload.Number(static_cast<std::uint64_t>(db), 1);
+      payload.Bytes(key->first);
       payload.Time(entry.deadline);
       std::visit(payload, entry.value);
     }
@@ -265,71 +273,65 @@ std::string EncodeSnapshot(const Store& store, const Clock& clock) {
   length.Number(body.size(), 8);
   std::string bytes = std::string(kMagic) + length.Take() + body;
   Writer sum(clock);
-  sum.Number(Sum(bytes), kSumSize);
+  sum.Number(Digest(bytes), kSumSize);
   return bytes + sum.Take();
 }
 
-bool DecodeSnapshot(std::string_view bytes, const Clock& clock, Store* store, std::string* error) {
-  if (bytes.substr(0, kMagic.size()) != kMagic.substr(0, bytes.size())) return Fail(error, "it is not a snapshot");
-  if (bytes.size() < kHeaderSize + kSumSize) return Fail(error, "it is cut short");
+Status DecodeSnapshot(std::string_view bytes, const Clock& clock, Store* store) {
+  if (bytes.substr(0, kMagic.size()) != kMagic.substr(0, bytes.size())) return Refuse("it is not a snapshot");
+  if (bytes.size() < kHeaderSize + kSumSize) return Refuse("it is cut short");
   Reader header(bytes.substr(kMagic.size(), kHeaderSize - kMagic.size()), clock);
   const std::uint64_t length = header.Number(8);
-  if (length > bytes.size() - kHeaderSize - kSumSize) return Fail(error, "it is cut short");
-  if (length < bytes.size() - kHeaderSize - kSumSize) return Fail(error, "something follows its end");
+  if (length > bytes.size() - kHeaderSize - kSumSize) return Refuse("it is cut short");
+  if (length < bytes.size() - kHeaderSize - kSumSize) return Refuse("something follows its end");
   Reader sum(bytes.substr(bytes.size() - kSumSize), clock);
-  if (sum.Number(kSumSize) != Sum(bytes.substr(0, bytes.size() - kSumSize))) return Fail(error, "its sum is wrong");
+  if (sum.Number(kSumSize) != Digest(bytes.substr(0, bytes.size() - kSumSize))) return Refuse("its sum is wrong");
   try {
     Store loaded;
     Reader reader(bytes.substr(kHeaderSize, static_cast<std::size_t>(length)), clock);
     while (!reader.AtEnd()) {
       const std::uint64_t kind = reader.Number(1);
-      const std::uint64_t db = reader.Number(1);
-      if (db >= loaded.databases.size()) throw Damaged();
-      std::string name = reader.Bytes();
+      const auto db = static_cast<int>(reader.Number(1));
+      if (db >= kDatabaseCount) throw Damaged();
+      const std::string name = reader.Bytes();
       Entry entry;
       entry.deadline = reader.Time();
       reader.Value(kind, &entry);
-      const bool fresh =
-          loaded.databases[static_cast<std::size_t>(db)].emplace(std::move(name), std::move(entry)).second;
-      if (!fresh) throw Damaged();
+      if (loaded.Find(db, name) != nullptr) throw Damaged();
+      loaded.Add(db, name, std::move(entry));
     }
     std::swap(*store, loaded);
-    return true;
+    return {};
   } catch (const Damaged&) {
-    return Fail(error, "its contents are damaged");
+    return Refuse("its contents are damaged");
   }
 }
 
-bool WriteSnapshot(const std::string& path, const Clock& clock, const Store& store, std::string* error) {
+Status WriteSnapshot(const std::string& path, const Clock& clock, const Store& store) {
   const std::string bytes = EncodeSnapshot(store, clock);
   const std::size_t slash = path.rfind('/');
   const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
   std::string temporary = path + ".XXXXXX";
   // Nothing throws between making the temporary file and renaming or removing it.
   File file(mkostemp(temporary.data(), O_CLOEXEC));
-  if (file.descriptor() < 0) return FailFile(error, path, "write beside");
+  if (file.descriptor() < 0) return FailFile(errno, path, "write beside");
   if (WriteTemporary(file.descriptor(), path, bytes) && file.Close() && rename(temporary.c_str(), path.c_str()) == 0) {
     SyncDirectory(directory);
-    return true;
+    return {};
   }
   const int code = errno;
   unlink(temporary.c_str());
-  errno = code;
-  return FailFile(error, path, "write");
+  return FailFile(code, path, "write");
 }
 
-SnapshotState ReadSnapshot(const std::string& path, const Clock& clock, Store* store, std::string* error) {
+Status ReadSnapshot(const std::string& path, const Clock& clock, Store* store) {
   const File file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (file.descriptor() < 0 && errno == ENOENT) return SnapshotState::kMissing;
+  if (file.descriptor() < 0 && errno == ENOENT) return {};
   std::string bytes;
-  if (file.descriptor() < 0 || !ReadAll(file.descriptor(), &bytes)) {
-    FailFile(error, path, "read");
-    return SnapshotState::kRefused;
-  }
-  std::string reason;
-  if (DecodeSnapshot(bytes, clock, store, &reason)) return SnapshotState::kLoaded;
-  *error = "snapshot " + path + " refused: " + reason;
-  return SnapshotState::kRefused;
+  if (file.descriptor() < 0 || !ReadAll(file.descriptor(), &bytes)) return FailFile(errno, path, "read");
+  Status status = DecodeSnapshot(bytes, clock, store);
+  if (status.ok()) return status;
+  return {StatusCode::kFailed, "snapshot " + path + " refused: " + status.text()};
 }
 
 }  // namespace hostkit

@@ -4,6 +4,7 @@
 
 #include <tq_kit/value_object.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,11 +25,16 @@ struct tq_obj {
   // Throws std::bad_alloc; the object is then as before.
   void SetField(std::uint32_t tag, std::string bytes);
   void ClearField(std::uint32_t tag);
+  // A command returns the object, and its caller has to release it.
+  void GiveOut() noexcept;
 
   std::string key;
   std::optional<std::string> value;
   std::vector<std::pair<std::uint32_t, std::string>> fields;  // ascending
   bool in_result = false;                                     // released with its result, not by itself
+
+ private:
+  bool given_out_ = false;
 };
 
 namespace hostkit {
@@ -37,6 +43,8 @@ using ObjectPtr = std::unique_ptr<tq_obj>;
 
 // The live object behind the pointer that a command was given; null for any other pointer.
 const tq_obj* LiveObject(const void* pointer);
+// The objects that commands have returned and nobody has released; those inside results do not count.
+std::size_t ObjectsGivenOut() noexcept;
 
 }  // namespace hostkit
 

@@ -3,6 +3,7 @@
 #include <tq_mom/tq_mom.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "hostkit/guard.h"
 #include "hostkit/live_set.h"
@@ -17,6 +18,8 @@ LiveSet<ObjectTag>& LiveObjects() {
   static LiveSet<ObjectTag> objects;
   return objects;
 }
+
+std::atomic<std::size_t> given_out = 0;
 
 auto FindField(auto& fields, std::uint32_t tag) {
   return std::lower_bound(fields.begin(), fields.end(), tag,
@@ -38,11 +41,21 @@ const tq_obj* LiveObject(const void* pointer) {
   return LiveObjects().Contains(pointer, ObjectTag::kObject) ? static_cast<const tq_obj*>(pointer) : nullptr;
 }
 
+std::size_t ObjectsGivenOut() noexcept { return given_out; }
+
 }  // namespace hostkit
 
 tq_obj::tq_obj(std::string_view name) : key(name) { hostkit::LiveObjects().Add(this, hostkit::ObjectTag::kObject); }
 
-tq_obj::~tq_obj() { hostkit::LiveObjects().Remove(this, hostkit::ObjectTag::kObject); }
+tq_obj::~tq_obj() {
+  hostkit::LiveObjects().Remove(this, hostkit::ObjectTag::kObject);
+  if (given_out_) --hostkit::given_out;
+}
+
+void tq_obj::GiveOut() noexcept {
+  given_out_ = true;
+  ++hostkit::given_out;
+}
 
 const std::string* tq_obj::Field(std::uint32_t tag) const {
   const auto found = hostkit::FindField(fields, tag);

@@ -83,7 +83,7 @@ TEST_F(Expiry, ExpiredKeysAreNotCountedAnywhere) {
   clock.Advance(10);
   EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 0, nullptr, nullptr), 1);
   DatabaseSummary summary;
-  EXPECT_EQ(engine->Summarize(0, &summary), TQ_MOM_OK);
+  EXPECT_TRUE(engine->Summarize({0, {}}, &summary).ok());
   EXPECT_EQ(summary.keys(), 1U);
   EXPECT_EQ(tq_mom_del_sync(g, 0, Obj("gone")), 0);
 }

@@ -50,8 +50,8 @@ void KitTest::Restart(const std::string& snapshot_path) {
   }
   auto made = std::make_unique<MemoryEngine>(clock, snapshot_path);
   engine = made.get();
-  std::string error;
-  ASSERT_TRUE(engine->Load(&error)) << error;
+  const Status loaded = engine->Load();
+  ASSERT_TRUE(loaded.ok()) << loaded.text();
   g = StartRuntime(nullptr, std::move(made));
   ASSERT_NE(g, nullptr);
 }

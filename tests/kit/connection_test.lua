@@ -174,7 +174,7 @@ function TestSnapshot:testEverythingComesBack()
   local hash = key("hash")
   hash[0], hash[4294967295] = "zero", "last"
   number(0, tq.hmset(g, db, hash, {0, 4294967295}))
-  kit.take(tq.hmget(g, db, key("hash"), {0}), "hash_res_free", function() end) -- not changed any more
+  kit.take(tq.hmget(g, db, key("hash"), {0}), "hash_res_free", function() end)
   number(1, tq.pexpire_field(g, db, key("hash"), 3600000, 0, 0))
   number(0, tq.bgsave(g, 0))
   number(0, tq.set(g, 0, key("late", "not saved")))
@@ -192,7 +192,7 @@ function TestSnapshot:testEverythingComesBack()
   end), {{"low", "a", "b"}, {-math.huge, 1.5, 1.5}})
   luaunit.assertEquals(kit.take(tq.hgetall(g, db, key("hash")), "hash_res_free", function(result)
     return {result.value:fields(), result.field_tag, result.field_change_tag}
-  end), {{[0] = "zero", [4294967295] = "last"}, {0, 4294967295}, {4294967295}})
+  end), {{[0] = "zero", [4294967295] = "last"}, {0, 4294967295}, {0, 4294967295}}) -- the new runtime has read none of them
   number(0, tq.scan(g, 5, key("*"), 0, nil, nil))
   number(0, tq.tq_global_finish(g))
 end
