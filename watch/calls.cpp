@@ -1,0 +1,244 @@
+// The long way of a call.
+#include <pthread.h>
+#include <time.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "watch/internal.h"
+
+namespace tq_watch {
+
+namespace {
+
+// A call on its way. A script's callback may leave it by an error, past every destructor, so it is kept here: a call
+// that ends drops its own frame, and one that was left is noticed by a later call.
+struct Frame {
+  Frame* outer;
+  const void* stack;  // where the call's own stack frame is
+  Text texts;
+  Text key;
+  Call call;
+};
+
+Frame* innermost;
+
+bool switches[3];
+bool telling;  // to a script's function, whose own calls are not told of
+pthread_t thread;
+PositionSource position_source;
+void* position_context;
+
+// The names of script files.
+struct Source {
+  Source* next;
+  char* name;
+};
+
+Source* sources;
+
+const char* Intern(const char* name) {
+  for (const Source* source = sources; source != nullptr; source = source->next) {
+    if (std::strcmp(source->name, name) == 0) return source->name;
+  }
+  auto* source = static_cast<Source*>(std::malloc(sizeof(Source)));
+  char* copy = strdup(name);
+  if (source == nullptr || copy == nullptr) {
+    std::free(source);
+    std::free(copy);
+    return nullptr;
+  }
+  *source = {sources, copy};
+  sources = source;
+  return copy;
+}
+
+double Calendar() {
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+void Sleep(int milliseconds) {
+  timespec rest = {milliseconds / 1000, milliseconds % 1000 * 1000000L};
+  while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+  }
+}
+
+int* OutOf(const Function& function, const Value* arguments) {
+  int last = function.parameter_count - 1;
+  return function.parameters[last] == Kind::kOut ? static_cast<int*>(arguments[last].pointer) : nullptr;
+}
+
+bool HasFailed(const Call& call) {
+  const Function& function = *call.function;
+  if (function.result == ResultKind::kStatus) return call.result.integer < 0;
+  if (function.parameters[function.parameter_count - 1] == Kind::kOut) return call.out < 0;
+  if (call.result.pointer == nullptr) return true;
+  if (function.owned == nullptr || function.owned->size == 0) return false;
+  int error_code;
+  std::memcpy(&error_code, static_cast<const char*>(call.result.pointer) + function.owned->error_code,
+              sizeof error_code);
+  return error_code != 0;
+}
+
+void Drop(Frame* frame) {
+  innermost = frame->outer;
+  frame->~Frame();
+  std::free(frame);
+}
+
+void TellOf(const Call& call) {
+  if (telling) return;
+  telling = true;
+  if (switches[static_cast<int>(Switch::kCounts)]) Count(call);
+  Tell(call);
+  telling = false;
+}
+
+// Ends the innermost call, which was left.
+void DropLeft() {
+  Call& call = innermost->call;
+  call.left = true;
+  call.failed = true;
+  TellOf(call);
+  Drop(innermost);
+}
+
+Frame* Enter(const Function& function, const Value* arguments, const void* stack) {
+  while (innermost != nullptr && innermost->stack <= stack) DropLeft();  // the stack grows downwards
+  void* memory = std::calloc(1, sizeof(Frame));
+  if (memory == nullptr) return nullptr;
+  auto* frame = new (memory) Frame{innermost, stack, {}, {}, {}};
+  innermost = frame;
+  Call& call = frame->call;
+  call.function = &function;
+  call.arguments = arguments;
+  call.position = Here();
+  call.database = -1;
+  if (function.parameter_count > 1 && function.parameters[1] == Kind::kDatabase) {
+    call.database = static_cast<int>(arguments[1].integer);
+  }
+  if (const char* key = KeyOf(KeyObject(function, arguments), &call.key_length)) {
+    frame->key.Add(key, call.key_length);
+    call.key = frame->key.c_str();
+  }
+  AddArguments(function, arguments, &frame->texts);
+  call.texts = frame->texts.c_str();
+  call.time = Calendar();
+  return frame;
+}
+
+// Gives the released or never seen answer of a client function back to it.
+void Release(const Function& function, void* pointer) {
+  for (int row = 0; row < kRowCount; ++row) {
+    if (functions[row].role != Role::kRelease || functions[row].owned != function.owned) continue;
+    reinterpret_cast<int (*)(void*)>(client_functions[row])(pointer);
+  }
+}
+
+// Puts a fault's answer in the place of the client function's, if that was called.
+void Fail(const FaultPlan& plan, const Function& function, const Value* arguments, Value* result) {
+  if (int* out = OutOf(function, arguments)) *out = plan.status;
+  if (function.result == ResultKind::kStatus) {
+    result->integer = plan.status;
+    return;
+  }
+  if (result->pointer != nullptr && function.owned != nullptr) Release(function, result->pointer);
+  result->pointer = nullptr;
+  if (function.owned != nullptr && function.owned->size > 0 && !plan.null) {
+    result->pointer = MakeRecord(*function.owned, plan.status);
+  }
+}
+
+[[noreturn]] void DieWithout(const Function& function) {
+  Print("%s was called, which the client library has not", function.client_name);
+  std::abort();
+}
+
+}  // namespace
+
+void Print(const char* format, ...) {
+  std::fputs("libtq_mom_watch: ", stderr);
+  va_list arguments;
+  va_start(arguments, format);
+  std::vfprintf(stderr, format, arguments);
+  va_end(arguments);
+  std::fputc('\n', stderr);
+}
+
+Position Here() {
+  char source[256];
+  int line;
+  if (position_source == nullptr || !position_source(position_context, source, sizeof source, &line)) return {};
+  return {Intern(source), line};
+}
+
+void UpdateWatching() {
+  watching = Tracing() || AnyFault();
+  for (bool on : switches) watching = watching || on;
+  for (ClientFunction function : client_functions) watching = watching || function == nullptr;
+}
+
+void Watch(Row row, Value* arguments, Value* result, Invoke invoke, const void* caller) {
+  const Function& function = functions[row];
+  ClientFunction client = client_functions[row];
+  if (client == nullptr) DieWithout(function);
+  if (pthread_equal(thread, pthread_self()) == 0 || IsInside(caller)) return invoke(client, arguments, result);
+  Frame* frame = Enter(function, arguments, __builtin_frame_address(0));
+  if (frame == nullptr) Print("no memory to watch %s", function.name);
+
+  FaultPlan plan = {};
+  if (frame != nullptr && !telling) frame->call.faulted = FaultFor(frame->call, &plan);
+  bool releases = function.role == Role::kRelease;
+  std::int64_t start = tq_watch_now();
+  if (plan.delay > 0 && !plan.after_call) Sleep(plan.delay);
+  int status;
+  if (releases && ReleaseRecord(*function.owned, arguments[0].pointer, &status)) {
+    result->integer = status;
+  } else if (!plan.fails || plan.after_call || releases) {  // what is released cannot be had back
+    invoke(client, arguments, result);
+  }
+  if (plan.delay > 0 && plan.after_call) Sleep(plan.delay);
+  bool released = releases && result->integer >= 0;
+  if (plan.fails) Fail(plan, function, arguments, result);
+  if (frame == nullptr) return;
+
+  Call& call = frame->call;
+  call.microseconds = tq_watch_now() - start;
+  call.result = *result;
+  if (const int* out = OutOf(function, arguments)) call.out = *out;
+  call.failed = HasFailed(call);
+  if (switches[static_cast<int>(Switch::kOwned)] && function.owned != nullptr) {
+    if (released) RemoveOwned(arguments[0].pointer);
+    if (!releases && result->pointer != nullptr) AddOwned(call, result->pointer);
+  }
+  while (innermost != frame) DropLeft();
+  TellOf(call);
+  Drop(frame);
+}
+
+void tq_watch_take_control(PositionSource source, void* context) {
+  thread = pthread_self();
+  position_source = source;
+  position_context = context;
+}
+
+const Function* tq_watch_function(int row) { return row < kRowCount ? &functions[row] : nullptr; }
+
+void tq_watch_set(Switch what, bool on) {
+  switches[static_cast<int>(what)] = on;
+  if (what == Switch::kOwned && !on) ForgetOwned();
+  UpdateWatching();
+}
+
+void tq_watch_reset() {
+  RemoveFaults();
+  ForgetCounts();
+}
+
+}  // namespace tq_watch
