@@ -33,11 +33,41 @@ if(TQ_INSTALL_DEVELOPMENT)
   install(FILES LICENSE DESTINATION share/doc/${tq_deb_name}-dev RENAME copyright COMPONENT development)
 endif()
 
+# The host kit is no part of a device. Its libraries lie where nothing looks for the device's own; tq-lua knows the place.
+if(CMAKE_CROSSCOMPILING OR NOT TQ_BUILD_HOSTKIT)
+  set(tq_install_hostkit OFF)
+else()
+  set(tq_install_hostkit ON)
+endif()
+option(TQ_INSTALL_HOSTKIT "Install the host kit too" ${tq_install_hostkit})
+set(tq_hostkit_dir lib/tq_mom_sync)
+
+# tq_install_hostkit_library(<target>): installs a library or Lua module as a part of the host kit.
+function(tq_install_hostkit_library target)
+  if(TQ_INSTALL_HOSTKIT)
+    install(TARGETS ${target} LIBRARY DESTINATION ${tq_hostkit_dir} COMPONENT hostkit)
+  endif()
+endfunction()
+
+if(TQ_INSTALL_HOSTKIT)
+  cmake_path(ABSOLUTE_PATH TQ_LUA_CMOD_DIR BASE_DIRECTORY "\$prefix" OUTPUT_VARIABLE tq_launcher_modules)
+  configure_file(cmake/tq-lua.in tq-lua @ONLY)
+  install(PROGRAMS ${PROJECT_BINARY_DIR}/tq-lua DESTINATION bin COMPONENT hostkit)
+  install(DIRECTORY include/tq_kit DESTINATION include COMPONENT hostkit)
+  install(FILES LICENSE DESTINATION share/doc/${tq_deb_name}-hostkit RENAME copyright COMPONENT hostkit)
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The tq_mom_sync authors <tq-mom-sync@localhost>" CACHE STRING "Maintainer of the packages")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL module development)
+set(CPACK_COMPONENTS_ALL module)
+if(TQ_INSTALL_DEVELOPMENT)
+  list(APPEND CPACK_COMPONENTS_ALL development)
+endif()
+if(TQ_INSTALL_HOSTKIT)
+  list(APPEND CPACK_COMPONENTS_ALL hostkit)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -60,6 +90,13 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${tq_deb_name} (= ${PROJECT_VERSIO
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "Declarations of the store's client library that the module binds, and a CMake
 package.")
+set(CPACK_DEBIAN_HOSTKIT_PACKAGE_NAME ${tq_deb_name}-hostkit)
+set(CPACK_DEBIAN_HOSTKIT_PACKAGE_SECTION interpreters)
+set(CPACK_DEBIAN_HOSTKIT_PACKAGE_DEPENDS "${tq_deb_name} (= ${PROJECT_VERSION}), lua5.3")
+set(CPACK_DEBIAN_HOSTKIT_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_HOSTKIT_DESCRIPTION
+    "Stand-in for the client library of a device's data store, the Lua module tq_obj
+that makes value objects, and tq-lua, which runs scripts with both.")
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/PackageDepends.cmake)
 set(CPACK_READELF ${CMAKE_READELF})
 set(CPACK_TQ_MODULE ${PROJECT_BINARY_DIR}/tq_mom_sync.so)

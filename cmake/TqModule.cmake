@@ -30,10 +30,11 @@ target_include_directories(tq_module_options SYSTEM INTERFACE ${TQ_LUA_INCLUDE_D
 # come from the process that loads it.
 #
 # It is never unloaded: type descriptors and class records of one module are linked into those of others, in every
-# interpreter of the process. It is linked without the compiler's start-up files, as there is nothing to construct.
+# interpreter of the process. It is linked without the compiler's start-up files, as there is nothing to construct. It
+# names no directory to look for libraries in, in the build tree either, as some package what lies there.
 function(tq_add_module name)
   add_library(${name} MODULE ${ARGN})
-  set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX .so LINKER_LANGUAGE C)
+  set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX .so LINKER_LANGUAGE C BUILD_WITH_INSTALL_RPATH ON)
   target_link_libraries(${name} PRIVATE tq_module_options)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/arm_unwind.c)

@@ -35,5 +35,20 @@ function(run_module directory)
   endif()
 endfunction()
 
+# Runs an example with the launcher under a prefix, from a directory and with an environment that help nothing.
+function(run_launcher prefix)
+  execute_process(
+    COMMAND env -i PATH=/usr/bin:/bin ${prefix}/bin/tq-lua ${SOURCE}/examples/quickstart.lua
+    WORKING_DIRECTORY /
+    RESULT_VARIABLE result
+    OUTPUT_VARIABLE output
+    ERROR_VARIABLE error)
+  file(READ ${SOURCE}/tests/examples/quickstart.expected expected)
+  if(NOT result EQUAL 0 OR NOT output STREQUAL expected)
+    message(FATAL_ERROR "tq-lua ended with ${result} and printed:\n${output}${error}")
+  endif()
+  expect_file(${prefix}/include/tq_kit/value_object.h)
+endfunction()
+
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
