@@ -59,6 +59,7 @@ for _, class in ipairs(catalog.classes) do
   if class.layout ~= class.structure and not class.tag then
     class.readable = string.format("%s|%s *", class.readable, class.layout)
   end
+  class.mangled = "_p_" .. class.structure:match "[%w_]+$"
   class.constructor = class.structure .. "::" .. class.structure:match("[%w_]+$")
   for _, field in ipairs(class.fields) do
     field.text = field.native

@@ -1,5 +1,6 @@
 -- The module alone in its interpreter: what another native module finds of it in the ring, and its entry points.
 local lu = require "luaunit"
+local catalog = require "catalog"
 local support = require "ring_support"
 local peer = support.peer
 local registry = debug.getregistry()
@@ -7,58 +8,8 @@ local registry = debug.getregistry()
 local no_ring_before = registry.swig_runtime_data_type_pointer4
 local module = require "tq_mom_sync"
 
-local classless = {
-  _p_char = "char *",
-  _p_double = "double *",
-  _p_f_p_struct_tq_thread__int = "int (*)(struct tq_thread *)",
-  _p_fd_set = "fd_set *",
-  _p_int = "intptr_t *|int *|int_least32_t *|int_fast32_t *|int32_t *|int_fast16_t *",
-  _p_long_long = "int_least64_t *|int_fast64_t *|int64_t *|long long *|intmax_t *",
-  _p_p_tq_obj = "tq_obj **",
-  _p_p_void = "void **",
-  _p_pollfd = "struct pollfd *",
-  _p_short = "short *|int_least16_t *|int16_t *",
-  _p_signed_char = "signed char *|int_least8_t *|int_fast8_t *|int8_t *",
-  _p_size_t = "size_t *",
-  _p_timeval = "struct timeval *",
-  _p_tq_mom_batch_over_flag_t = "tq_mom_batch_over_flag_t *",
-  _p_tq_mom_client_s = "struct tq_mom_client_s *",
-  _p_tq_mom_cmd_t = "tq_mom_cmd_t *",
-  _p_tq_mom_db_type_t = "tq_mom_db_type_t *",
-  _p_tq_obj = "tq_obj *",
-  _p_tq_thread_debug_list = "struct tq_thread_debug_list *",
-  _p_tq_thread_list = "struct tq_thread_list *|tq_thread_list *",
-  _p_u_int32_t = "u_int32_t *",
-  _p_unsigned_char = "unsigned char *|uint_least8_t *|uint_fast8_t *|uint8_t *",
-  _p_unsigned_int = "uintptr_t *|uint_least32_t *|uint_fast32_t *|uint32_t *|unsigned int *|uint_fast16_t *",
-  _p_unsigned_long_long = "uint_least64_t *|uint_fast64_t *|uint64_t *|unsigned long long *|uintmax_t *",
-  _p_unsigned_short = "unsigned short *|uint_least16_t *|uint16_t *",
-  _p_vec_master_t = "struct vec_master_t *",
-  _p_void = "void *",
-}
-
-local options = [[set get hget hmset hmsetnx hmupdate del exist publish psetex sadd srem sismember scard smembers lpush
-  rpush lpop rpop linsert llen lrange lrem lset zadd zcard zcount zrange zrangebyscore zrangebyscorelimit zrank zrem
-  zremrangebyrank zremrangebyscore zscore incr]]
-local records = [[hash_res set_res list_res get_res incr_res setnx_res smembers_res llen_res lrange_res linsert_res
-  lminsert_res lmrem_res lset_res save_res zcard_res zrank_res zscore_res zcount_res zrange_res zrangebyscore_res
-  sortedset_res scard_res sismember_res pubsub_msg scan_all_msg congest]]
-
--- mangled name -> {class name, structure, typedef}
-local classes = {
-  _p_tq_global_s = { "tq_global_t", "tq_global_s", "tq_global_t" },
-  _p_tq_thread_master = { "tq_thread_master", "tq_thread_master" },
-  _p_tq_thread = { "tq_thread", "tq_thread" },
-  _p_tq_thread_u = { "tq_thread_u" },
-}
-for name in options:gmatch "%g+" do
-  local record = "tq_mom_" .. name .. "_op_"
-  classes["_p_" .. record .. "s"] = { name .. "_op_t", record .. "s", record .. "t" }
-end
-for name in records:gmatch "%g+" do
-  local record = "tq_mom_" .. name .. "_"
-  classes["_p_" .. record .. "s"] = { record .. "t", record .. "s", record .. "t" }
-end
+local class_by_mangled = {}
+for _, class in ipairs(catalog.classes) do class_by_mangled[class.mangled] = class end
 
 TestModuleRecord = {}
 
@@ -92,20 +43,13 @@ function TestModuleRecord:test_names_every_type()
   local seen = 0
   for _, descriptor in ipairs(record.types) do
     local info = peer.type(descriptor)
-    if classless[info.mangled] then
-      lu.assertEquals(info.readable, classless[info.mangled], info.mangled)
-      lu.assertNil(info.class, info.mangled)
+    local class = class_by_mangled[info.mangled]
+    if class then
+      lu.assertEquals(info.readable, class.readable)
     else
-      local class = classes[info.mangled]
-      lu.assertNotNil(class, info.mangled)
-      local structure, typedef = class[2], class[3]
-      if typedef then
-        lu.assertEquals(info.readable, ("struct %s *|%s *|%s *"):format(structure, structure, typedef))
-      elseif structure then
-        lu.assertEquals(info.readable, ("struct %s *|%s *"):format(structure, structure))
-      else
-        lu.assertStrContains(info.readable, "tq_thread_u *")
-      end
+      lu.assertNotNil(info.readable)
+      lu.assertEquals(info.readable, catalog.classless[info.mangled], info.mangled)
+      lu.assertNil(info.class, info.mangled)
     end
     seen = seen + 1
   end
@@ -129,20 +73,20 @@ function TestModuleRecord:test_class_records()
   local seen = 0
   for _, descriptor in ipairs(peer.module(peer.head()).types) do
     local info = peer.type(descriptor)
-    local class = classes[info.mangled]
+    local class = class_by_mangled[info.mangled]
     if class then
       seen = seen + 1
       local record = peer.class(info.class)
-      lu.assertEquals(record.name, class[1])
-      lu.assertEquals(record.qualified_name, class[1])
-      lu.assertEquals(record.static_name, class[1])
-      lu.assertEquals(record.type, descriptor, class[1])
-      lu.assertTrue(record.constructor, class[1])
-      lu.assertTrue(record.destructor, class[1])
-      lu.assertEquals(record.methods, {}, class[1])
-      lu.assertEquals(record.metatable, {}, class[1])
-      lu.assertEquals(record.base_names, {}, class[1])
-      lu.assertTrue(#record.attributes > 0, class[1])
+      lu.assertEquals(record.name, class.name)
+      lu.assertEquals(record.qualified_name, class.name)
+      lu.assertEquals(record.static_name, class.name)
+      lu.assertEquals(record.type, descriptor, class.name)
+      lu.assertTrue(record.constructor, class.name)
+      lu.assertTrue(record.destructor, class.name)
+      lu.assertEquals(record.methods, {}, class.name)
+      lu.assertEquals(record.metatable, {}, class.name)
+      lu.assertEquals(record.base_names, {}, class.name)
+      lu.assertTrue(#record.attributes > 0, class.name)
       for _, attribute in ipairs(record.attributes) do
         lu.assertTrue(attribute.getter, attribute.name)
         lu.assertTrue(attribute.setter, attribute.name)
@@ -213,8 +157,8 @@ function TestRegistry:test_class_metatables_and_the_library_entry()
     names[name] = true
   end
   local expected = { [".library"] = true }
-  for _, class in pairs(classes) do
-    expected[class[1]] = true
+  for _, class in ipairs(catalog.classes) do
+    expected[class.name] = true
   end
   lu.assertEquals(names, expected)
   lu.assertEquals(registry.SWIG[".library"], {
@@ -226,20 +170,20 @@ function TestRegistry:test_class_metatables_and_the_library_entry()
 end
 
 function TestRegistry:test_class_metatables_have_the_described_keys()
-  for _, class in pairs(classes) do
+  for _, class in pairs(class_by_mangled) do
     local keys = {}
-    for key in pairs(registry.SWIG[class[1]]) do
+    for key in pairs(registry.SWIG[class.name]) do
       keys[key] = true
     end
     lu.assertEquals(keys, {
       [".type"] = true, [".bases"] = true, [".get"] = true, [".set"] = true, [".fn"] = true, [".static"] = true,
       __index = true, __newindex = true, __gc = true, __tostring = true, __eq = true,
-    }, class[1])
-    lu.assertEquals(registry.SWIG[class[1]][".type"], class[1])
-    lu.assertEquals(registry.SWIG[class[1]][".bases"], {})
-    lu.assertIs(registry.SWIG[class[1]][".static"], module[class[1]])
-    lu.assertIs(getmetatable(module[class[1]])[".instance"], registry.SWIG[class[1]])
-    lu.assertIs(registry.SWIG[class[1]].__eq, swig_equals)
+    }, class.name)
+    lu.assertEquals(registry.SWIG[class.name][".type"], class.name)
+    lu.assertEquals(registry.SWIG[class.name][".bases"], {})
+    lu.assertIs(registry.SWIG[class.name][".static"], module[class.name])
+    lu.assertIs(getmetatable(module[class.name])[".instance"], registry.SWIG[class.name])
+    lu.assertIs(registry.SWIG[class.name].__eq, swig_equals)
   end
 end
 
@@ -299,8 +243,8 @@ function TestEntryPoints:test_opening_again_builds_a_fresh_table_over_the_same_c
   package.loaded.tq_mom_sync = before
   tq_mom_sync = before
   metatable[".static"] = before.get_op_t
-  for _, class in pairs(classes) do
-    registry.SWIG[class[1]][".static"] = before[class[1]]
+  for _, class in pairs(class_by_mangled) do
+    registry.SWIG[class.name][".static"] = before[class.name]
   end
 end
 
@@ -313,8 +257,8 @@ function TestEntryPoints:test_opening_leaves_the_globals_under_the_module_table(
   lu.assertIs(top, tq_mom_sync)
   lu.assertNotIs(top, real)
   tq_mom_sync = real
-  for _, class in pairs(classes) do
-    registry.SWIG[class[1]][".static"] = real[class[1]]
+  for _, class in pairs(class_by_mangled) do
+    registry.SWIG[class.name][".static"] = real[class.name]
   end
 end
 
@@ -329,8 +273,8 @@ function TestEntryPoints:test_opening_again_does_not_propagate_classes_again()
   lu.assertNil(peer.type(plain).class)
   peer.put_casts(get, list)
   tq_mom_sync = real
-  for _, class in pairs(classes) do
-    registry.SWIG[class[1]][".static"] = real[class[1]]
+  for _, class in pairs(class_by_mangled) do
+    registry.SWIG[class.name][".static"] = real[class.name]
   end
 end
 
