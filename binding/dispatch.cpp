@@ -10,7 +10,7 @@ namespace {
 // anew for each access.
 enum Key { kAccessors = 1, kBases, kItem, kMethods };
 
-InPlace in_place;
+constinit InPlace in_place = {};
 
 constexpr int kNotFound = -1;
 

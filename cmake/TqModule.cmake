@@ -50,5 +50,6 @@ function(tq_add_module name)
     -Wl,--hash-style=${TQ_HASH_STYLE}
     -Wl,-z,relro
     -Wl,-z,nodelete
+    $<$<BOOL:${TQ_THUMB}>:-Wl,--use-blx>
     $<$<NOT:$<BOOL:${TQ_SANITIZE}>>:-nostartfiles>)
 endfunction()

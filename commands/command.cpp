@@ -1,58 +1,78 @@
 #include "commands/command.h"
 
-#include <cstdlib>
+#include "commands/commands.h"
 
 namespace tq_mom {
 namespace {
 
 // A command as messages name it.
-struct Names {
-  explicit Names(const Description& command)
-      : client{ClientName::kPrefix + command.client_name.prefix_cut, command.name,
-               ClientName::kSuffix + command.client_name.suffix_cut, nullptr},
-        lua{command.name, nullptr},
-        callee{command.parameters, command.count, Spelling::kTypedef, client, lua} {}
-
-  binding::Piece client[4];
-  binding::Piece lua[2];
-  Callee callee;
-};
+Callee Describe(const CommandRow& command) {
+  const char* name = CommandName(command);
+  Callee callee{{command.client_name.prefix(), name, command.client_name.suffix(), nullptr},
+                {name, nullptr},
+                {},
+                command.count,
+                Spelling::kTypedef};
+  for (int i = 0; i < command.count; ++i) callee.parameters[i] = command.parameters[i];
+  return callee;
+}
 
 }  // namespace
 
-void CommandSite::CheckKinds(lua_State* L) const {
-  Names names(*command);
-  tq_mom::CheckKinds(L, names.callee);
+void RejectCount(lua_State* L, const CommandRow& command) {
+  binding::RaiseCountError(L, Describe(command).checks, command.count);
 }
 
-void RejectCount(lua_State* L, const Description& command) {
-  Names names(command);
-  binding::RaiseCountError(L, names.client, command.count);
+void Reject(lua_State* L, const CommandRow& command, int argument, const char* error, const Slot* slots) {
+  FreeArrays(command, argument - 1, slots);
+  RejectValue(L, Describe(command), error);
 }
 
-void Reject(lua_State* L, const Description& command, int argument, const char* error, const Slot* slots) {
-  for (int i = 0; i < argument - 1; ++i, ++slots) {
-    if (IsArray(command.parameters[i].kind)) std::free((slots++)->pointer);
-  }
-  Names names(command);
-  RejectArgument(L, names.callee, argument, error);
+void* ConvertOther(lua_State* L, const CommandRow& command, int index) {
+  return ConvertOther(L, Describe(command), index, command.parameters[index - 1].type());
 }
 
-timeval ToTimeout(double seconds) {
+// The device has no floating point, and Lua has its routines already.
+timeval ToTimeout(lua_State* L, int index) {
+  double seconds = lua_tonumber(L, index);
   int whole = binding::SaturateToInt(seconds);
+  lua_pushnumber(L, seconds);
+  binding::PushNumber(L, whole);
+  lua_arith(L, LUA_OPSUB);
+  lua_pushnumber(L, 1000000);
+  lua_arith(L, LUA_OPMUL);
   timeval timeout;
   timeout.tv_sec = whole;
-  timeout.tv_usec = binding::SaturateToInt((seconds - whole) * 1000000.0);
+  timeout.tv_usec = binding::SaturateToInt(lua_tonumber(L, -1));
+  lua_pop(L, 1);
   return timeout;
 }
 
-void ReadArguments(lua_State* L, const Description& command, Slot* slots) {
+Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
   Slot* slot = slots;
   for (int index = 1; index <= command.count; ++index, ++slot) {
-    Kind kind = command.parameters[index - 1].kind;
+    Kind kind = command.parameters[index - 1].kind();
     ReadArgument(L, command, index, kind, slots, slot);
     if (IsArray(kind)) ++slot;
   }
+  return slot;
+}
+
+void Begin(lua_State* L, const CommandRow& command, Slot* slots, Invocation* invocation) {
+  if (lua_gettop(L) != command.count) RejectCount(L, command);
+  if (command.result != kVoid) invocation->handle = PushResultHandle(L, command);
+  ReadArguments(L, command, slots)->pointer = &invocation->out;
+}
+
+int Finish(lua_State* L, const CommandRow& command, const Slot* slots, const Invocation& invocation, Word result) {
+  FreeArrays(command, command.count, slots);
+  if (command.result != kVoid) {
+    FillResultHandle(L, invocation.handle, reinterpret_cast<void*>(result));
+  } else {
+    binding::PushNumber(L, static_cast<int>(result));
+  }
+  if (command.has_out) binding::PushNumber(L, invocation.out);
+  return 1 + command.has_out;
 }
 
 }  // namespace tq_mom

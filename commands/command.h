@@ -1,18 +1,13 @@
-// Binds client functions to Lua: a command is one line, and what it takes and returns follows from the C++ type of its
-// client function.
+// Binds client functions to Lua: a command is one line, with the signature that a script sees.
 //
-//     TQ_COMMAND(lset, tq_mom_lset_sync)
+//     TQ_COMMAND(lset, tq_mom_lset_sync, int(Store, int, Key, int))
 #ifndef TQ_COMMANDS_COMMAND_H
 #define TQ_COMMANDS_COMMAND_H
 
-#include <cstdint>
 #include <cstdlib>
-#include <string_view>
-#include <type_traits>
-#include <utility>
 
 #include "commands/arrays.h"
-#include "records/parameters.h"
+#include "signature/shape.h"
 
 namespace tq_mom {
 
@@ -21,104 +16,46 @@ struct ClientName {
   static constexpr char kPrefix[] = "_tq_mom_";
   static constexpr char kSuffix[] = "_sync";
 
-  std::uint8_t prefix_cut;
-  std::uint8_t suffix_cut;
+  static constexpr bool Follows(std::string_view client, std::string_view lua) {
+    std::size_t start = client.find(lua);
+    if (start == client.npos) return false;
+    std::string_view suffix = client.substr(start + lua.size());
+    return std::string_view(kPrefix).ends_with(client.substr(0, start)) && (suffix.empty() || suffix == kSuffix);
+  }
+  constexpr ClientName(std::string_view client, std::string_view lua)
+      : cut(static_cast<std::uint8_t>((sizeof(kPrefix) - 1 - client.find(lua)) << 4 |
+                                      (client.ends_with(kSuffix) ? 0 : sizeof(kSuffix) - 1))) {}
+
+  const char* prefix() const { return kPrefix + (cut >> 4); }
+  const char* suffix() const { return kSuffix + (cut & 15); }
+
+  std::uint8_t cut;  // of the prefix in the upper half
 };
 
-// Does not compile for a client function whose name does not follow from the Lua name.
-consteval ClientName NameFor(std::string_view client, std::string_view lua) {
-  constexpr std::string_view kPrefix = ClientName::kPrefix;
-  constexpr std::string_view kSuffix = ClientName::kSuffix;
-  std::size_t start = client.find(lua);
-  std::string_view prefix = client.substr(0, start);
-  std::string_view suffix = client.substr(start + lua.size());
-  if (!kPrefix.ends_with(prefix) || !(suffix.empty() || suffix == kSuffix)) __builtin_unreachable();
-  return {static_cast<std::uint8_t>(kPrefix.size() - prefix.size()),
-          static_cast<std::uint8_t>(kSuffix.size() - suffix.size())};
-}
-
-// What the shared code knows of a command; the rest is in the type of the code that is shared.
-struct Description {
-  static constexpr int kMaxParameters = 6;
-
-  const char* name;  // the Lua function's
+// What the shared code knows of a command.
+struct CommandRow {
+  std::uint16_t name;  // the Lua function's, among the names of all
   ClientName client_name;
-  std::uint8_t count;
-  TypeId result;  // of a pointer result
+  std::uint8_t count : 7;
+  bool has_out : 1;
+  std::uint8_t invoker;
+  TypeId result;  // of the handle it makes, or kVoid
   Parameter parameters[kMaxParameters];
 };
 
-struct CommandSite {
-  const Description* command;
-
-  [[gnu::cold]] void CheckKinds(lua_State* L) const;
-};
-
-struct Command {
-  void (*function)();  // the client function
-  Description description;
-};
-
-// How the checks see a native parameter. There is no default: a type that is not listed does not compile.
-template <class T>
-extern const Parameter kParameterFor;
-template <class T>
-inline constexpr Parameter kParameterFor<T*> = {Kind::kHandle, kTypeOf<T>};
-template <>
-inline constexpr Parameter kParameterFor<void*> = {Kind::kKey};
-template <>
-inline constexpr Parameter kParameterFor<tq_obj*> = {Kind::kKey};
-template <>
-inline constexpr Parameter kParameterFor<const char*> = {Kind::kString};
-template <>
-inline constexpr Parameter kParameterFor<int> = {Kind::kInt};
-template <>
-inline constexpr Parameter kParameterFor<unsigned int> = {Kind::kUnsignedInt};
-template <>
-inline constexpr Parameter kParameterFor<unsigned long> = {Kind::kSize};
-template <>
-inline constexpr Parameter kParameterFor<double> = {Kind::kDouble};
-template <>
-inline constexpr Parameter kParameterFor<timeval> = {Kind::kTimeout};
-// Pointers to these are arrays, and the parameter behind them is their length.
-template <>
-inline constexpr Parameter kParameterFor<std::int32_t*> = {Kind::kIntegers};
-template <>
-inline constexpr Parameter kParameterFor<double*> = {Kind::kScores};
-template <>
-inline constexpr Parameter kParameterFor<void**> = {Kind::kMembers};
-
-constexpr bool IsArray(Kind kind) { return kind >= Kind::kIntegers && kind <= Kind::kMembers; }
-
-// One argument of a client function. An array takes two: its elements and their number.
-union Slot {
-  void* pointer;
-  const char* string;
-  int integer;
-  std::uint32_t unsigned_integer;
-  std::size_t size;
-  double number;
-  timeval timeout;
-
-  template <class T>
-  T Get() const {
-    if constexpr (std::is_same_v<T, void*>) return pointer;
-    if constexpr (std::is_same_v<T, const char*>) return string;
-    if constexpr (std::is_same_v<T, int>) return integer;
-    if constexpr (std::is_same_v<T, unsigned int>) return unsigned_integer;
-    if constexpr (std::is_same_v<T, unsigned long>) return size;
-    if constexpr (std::is_same_v<T, double>) return number;
-    if constexpr (std::is_same_v<T, timeval>) return timeout;
-  }
-};
+using ClientFunction = void (*)();
+// Reads the arguments, calls the client function and pushes its results.
+using Invoker = int (*)(lua_State* L, const CommandRow& command, ClientFunction client);
 
 // Raise the errors of a wrong count and of an argument that cannot be converted. The latter frees the arrays among the
 // slots before it; `error` is its text where it has one of its own.
-[[noreturn, gnu::cold]] void RejectCount(lua_State* L, const Description& command);
-[[noreturn, gnu::cold]] void Reject(lua_State* L, const Description& command, int argument, const char* error,
+[[noreturn, gnu::cold]] void RejectCount(lua_State* L, const CommandRow& command);
+[[noreturn, gnu::cold]] void Reject(lua_State* L, const CommandRow& command, int argument, const char* error,
                                     const Slot* slots);
+// As the function of signature/parameters.h. No array precedes a handle.
+[[gnu::cold]] void* ConvertOther(lua_State* L, const CommandRow& command, int index);
 
-timeval ToTimeout(double seconds);
+timeval ToTimeout(lua_State* L, int index);
 
 // Converts a table to an array and its length, in two slots. Returns null or the text of the error.
 inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements) {
@@ -130,13 +67,15 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
 
 // Converts the argument at the index to the slot, or raises its error. The kind is the command's for this argument,
 // once more, so that code for one kind can be had by giving it as a constant.
-[[gnu::always_inline]] inline void ReadArgument(lua_State* L, const Description& command, int index, Kind kind,
+[[gnu::always_inline]] inline void ReadArgument(lua_State* L, const CommandRow& command, int index, Kind kind,
                                                 Slot* slots, Slot* slot) {
   const char* error = nullptr;
   bool converted = true;
   switch (kind) {
     case Kind::kHandle:
-      converted = Convert(L, index, &slot->pointer, command.parameters[index - 1].type, CommandSite{&command});
+      if (!ConvertExact(L, index, &slot->pointer, command.parameters[index - 1].type())) {
+        slot->pointer = ConvertOther(L, command, index);
+      }
       break;
     case Kind::kKey:
       slot->pointer = binding::UntypedPointerAt(L, index);
@@ -144,7 +83,7 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
     case Kind::kInt:
       converted = binding::ToInt(L, index, &slot->integer);
       break;
-    case Kind::kUnsignedInt:
+    case Kind::kUnsigned:
       converted = binding::ToUnsigned(L, index, &slot->unsigned_integer);
       break;
     case Kind::kSize: {
@@ -160,163 +99,187 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
       break;
     }
     case Kind::kTimeout:
-      slot->timeout = ToTimeout(lua_tonumber(L, index));
+      slot->timeout = ToTimeout(L, index);
       break;
-    case Kind::kString:
-      slot->string = lua_tostring(L, index);
-      converted = slot->string != nullptr || lua_isnil(L, index);
+    case Kind::kString: {
+      const char* string = lua_tostring(L, index);
+      slot->pointer = const_cast<char*>(string);
+      converted = string != nullptr || lua_isnil(L, index);
       break;
-    default:
+    }
+    case Kind::kIntegers:
+    case Kind::kScores:
+    case Kind::kMembers:
       error = ReadArray(L, index, kind, slot);
       converted = error == nullptr;
+      break;
+    default:
       break;
   }
   if (!converted) Reject(L, command, index, error, slots);
 }
 
 // Converts the Lua arguments from left to right, or raises the error of the first that is wrong. The arrays among the
-// slots are the caller's.
-void ReadArguments(lua_State* L, const Description& command, Slot* slots);
+// slots are the caller's. Returns the end of the slots.
+Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots);
 
 // The same, with code of its own for each kind: faster by a quarter of a short command, and several KiB larger for all.
-template <Kind... kind>
-[[gnu::always_inline]] inline void ReadArgumentsOfKinds(lua_State* L, const Description& command, Slot* slots) {
+template <class... Word>
+[[gnu::always_inline]] inline void ReadWords(lua_State* L, const CommandRow& command, Slot* slots) {
   int index = 0;
   Slot* slot = slots;
-  ((ReadArgument(L, command, ++index, kind, slots, slot), slot += IsArray(kind) ? 2 : 1), ...);
+  (
+      [&] {
+        if constexpr (!Meaning<Word>::kIsOut) {
+          ReadArgument(L, command, ++index, Meaning<Word>::kParameter.kind(), slots, slot);
+        }
+        slot += Meaning<Word>::Natives::kCount;
+      }(),
+      ...);
 }
 
-template <class T>
-using Erased = std::conditional_t<std::is_pointer_v<T> && !std::is_same_v<T, const char*>, void*, T>;
+// Frees the arrays among the slots of the first `count` arguments.
+inline void FreeArrays(const CommandRow& command, int count, const Slot* slot) {
+  for (int i = 0; i < count; ++i, ++slot) {
+    if (IsArray(command.parameters[i].kind())) std::free((slot++)->pointer);
+  }
+}
 
 // Pushes the handle for a pointer result. That comes before the call, as it may raise an error, which must find nothing
 // of the client's to lose.
-inline binding::Handle* PushResultHandle(lua_State* L, const Description& command) {
+inline binding::Handle* PushResultHandle(lua_State* L, const CommandRow& command) {
   binding::TypeDescriptor* type = Type(command.result);
-  if (command.result == TypeId::_p_tq_obj) return binding::PushEmptyHandle(L, type);  // no class of this module's
+  if (command.result == kTypeOf<tq_obj>) return binding::PushEmptyHandle(L, type);  // no class of this module's
   return binding::PushEmptyClassHandle(L, type, ClassName(command.result), binding::PushClassTableOfClosure(L));
 }
 
-template <class... T>
-struct List {};
-template <Kind...>
-struct Kinds {};
-
-// Reads the arguments, calls the client function and pushes its results. Pointers are all `void *` here, so that one
-// instance serves all client functions of the same shape, whatever record types they take.
-template <bool has_out, class Result, class... Argument, Kind... kind, std::size_t... index>
-int Invoke(lua_State* L, const Command& command, List<Argument...>, Kinds<kind...>, std::index_sequence<index...>) {
-  if (lua_gettop(L) != static_cast<int>(sizeof...(kind))) RejectCount(L, command.description);
-  constexpr bool kMakesHandle = std::is_pointer_v<Result>;
-  binding::Handle* handle = nullptr;
-  if constexpr (kMakesHandle) handle = PushResultHandle(L, command.description);
-  Slot slots[sizeof...(Argument)];
-  if constexpr (kOptimizeForSize) {
-    ReadArguments(L, command.description, slots);
-  } else {
-    ReadArgumentsOfKinds<kind...>(L, command.description, slots);
-  }
-  Result result;
-  int out;
-  if constexpr (has_out) {
-    auto function = reinterpret_cast<Result (*)(Argument..., int*)>(command.function);
-    result = function(slots[index].template Get<Argument>()..., &out);
-  } else {
-    auto function = reinterpret_cast<Result (*)(Argument...)>(command.function);
-    result = function(slots[index].template Get<Argument>()...);
-  }
-  const Slot* slot = slots;
-  ((IsArray(kind) ? std::free(slot->pointer) : void(), slot += IsArray(kind) ? 2 : 1), ...);
-  if constexpr (!kMakesHandle) {
-    lua_pushnumber(L, result);
-  } else if (result == nullptr) {
-    lua_pushnil(L);
-  } else {
+inline void FillResultHandle(lua_State* L, binding::Handle* handle, void* result) {
+  if (result != nullptr) {
     handle->pointer = result;
+  } else {
+    lua_pushnil(L);
   }
-  if constexpr (has_out) lua_pushnumber(L, out);
-  return has_out ? 2 : 1;
 }
 
-// A client function's type taken apart. A last `int *` is an out-value, which becomes a second result.
-template <class Function>
-struct ClientFunction;
+// The invoker of commands with these words: fast. Pointers to records are all the same here, so that one instance
+// serves all commands that differ in record types only.
+template <class Result, class Words, class Natives>
+struct FastInvoker;
 
-template <class Result, class... Argument>
-struct ClientFunction<Result (*)(Argument...)> {
-  static constexpr bool kHasOut = false;
-  using ErasedResult = Erased<Result>;
-  using Arguments = List<Erased<Argument>...>;
-  using ArgumentIndexes = std::index_sequence_for<Argument...>;
-
-  static constexpr Description Describe(const char* name, ClientName client_name) {
-    Description command{name, client_name, 0, TypeId::_p_void, {}};
-    if constexpr (std::is_pointer_v<Result>) command.result = kTypeOf<std::remove_pointer_t<Result>>;
-    bool is_length = false;
-    for (Parameter parameter : {kParameterFor<Argument>...}) {
-      if (!is_length) command.parameters[command.count++] = parameter;
-      is_length = IsArray(parameter.kind);
+template <class Result, class... Word, class... Native>
+struct FastInvoker<Result, List<Word...>, List<Native...>> {
+  static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
+    constexpr int kCount = (0 + ... + int{!Meaning<Word>::kIsOut});
+    constexpr bool kHasOut = kCount != sizeof...(Word);
+    constexpr bool kHasArrays = (IsArray(Meaning<Word>::kParameter.kind()) || ...);
+    if (lua_gettop(L) != kCount) RejectCount(L, command);
+    binding::Handle* handle = nullptr;
+    if constexpr (std::is_pointer_v<Result>) handle = PushResultHandle(L, command);
+    Slot slots[sizeof...(Native)];
+    ReadWords<Word...>(L, command, slots);
+    int out = 0;
+    if constexpr (kHasOut) slots[sizeof...(Native) - 1].pointer = &out;
+    auto function = reinterpret_cast<Result (*)(typename Native::Type...)>(client);
+    Result result = Call(function, slots, std::index_sequence_for<Native...>());
+    if constexpr (kHasArrays) FreeArrays(command, kCount, slots);
+    if constexpr (std::is_pointer_v<Result>) {
+      FillResultHandle(L, handle, result);
+    } else {
+      binding::PushNumber(L, result);
     }
-    return command;
+    if constexpr (kHasOut) binding::PushNumber(L, out);
+    return 1 + kHasOut;
+  }
+
+  template <std::size_t... i>
+  static Result Call(Result (*function)(typename Native::Type...), const Slot* slots, std::index_sequence<i...>) {
+    return function(slots[i].template Get<typename Native::Type>()...);
   }
 };
-template <class Result, class A, class B, class C>
-struct ClientFunction<Result (*)(A, B, C, int*)> : ClientFunction<Result (*)(A, B, C)> {
-  static constexpr bool kHasOut = true;
+
+// The invoker of commands whose client functions take parameters of these sizes: short. A machine of 32 bits passes
+// integers and pointers alike.
+using Word = std::uintptr_t;
+template <class T>
+using SlotType = std::conditional_t<sizeof(int) == sizeof(void*) && sizeof(T) == sizeof(Word), Word, T>;
+
+// What is the same in all: before the call and after it. The stack has the result's handle on top.
+struct Invocation {
+  binding::Handle* handle;
+  int out;
 };
-template <class Result, class A, class B, class C, class D>
-struct ClientFunction<Result (*)(A, B, C, D, int*)> : ClientFunction<Result (*)(A, B, C, D)> {
-  static constexpr bool kHasOut = true;
+void Begin(lua_State* L, const CommandRow& command, Slot* slots, Invocation* invocation);
+int Finish(lua_State* L, const CommandRow& command, const Slot* slots, const Invocation& invocation, Word result);
+
+template <class Result, class... T>
+struct ShortInvoker {
+  static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
+    Slot slots[sizeof...(T) + 1];
+    Invocation invocation;
+    Begin(L, command, slots, &invocation);
+    return Finish(L, command, slots, invocation, Call(client, slots, std::index_sequence_for<T...>()));
+  }
+
+  template <std::size_t... i>
+  static Word Call(ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
+    return (Word) reinterpret_cast<Result (*)(T...)>(client)(slots[i].template Get<T>()...);
+  }
 };
 
-template <class Client, class Describe, std::size_t... index>
-int CallCommand(lua_State* L, const Command& command, Describe describe, std::index_sequence<index...>) {
-  return Invoke<Client::kHasOut, typename Client::ErasedResult>(L, command, typename Client::Arguments(),
-                                                                Kinds<describe().parameters[index].kind...>(),
-                                                                typename Client::ArgumentIndexes());
+template <class Result, class... Words, class... Native>
+constexpr Invoker InvokerFor(Shape<Result(Words...)>, List<Native...>) {
+  using ErasedResult = std::conditional_t<std::is_pointer_v<Result>, void*, Result>;
+  if constexpr (kOptimizeForSize) {
+    return ShortInvoker<SlotType<ErasedResult>, SlotType<typename Native::Type>...>::Invoke;
+  } else {
+    return FastInvoker<ErasedResult, List<std::conditional_t<std::is_pointer_v<Words>, Store, Words>...>,
+                       List<Passed<typename Native::Type>...>>::Invoke;
+  }
 }
 
-// `Describe` is a stateless function object that gives the command's description.
-template <class Function, class Describe>
-int CallCommand(lua_State* L, const Command& command, Describe describe) {
-  return CallCommand<ClientFunction<Function>>(L, command, describe, std::make_index_sequence<describe().count>());
-}
+// One command. A command with an invoker of its own says what record it makes handles of.
+template <Literal lua, Literal client_name, auto client, class Signature,
+          class HandleOf = std::remove_pointer_t<typename Shape<Signature>::ResultType>, Invoker invoker = nullptr>
+struct Command {
+  using CommandShape = Shape<Signature>;
 
-// A size_t is unsigned int on some targets; a function that declares one says so.
-constexpr Description WithSize(Description command) {
-  for (int i = command.count; i-- > 0;) {
-    Kind& kind = command.parameters[i].kind;
-    if (kind == Kind::kUnsignedInt || kind == Kind::kSize) {
-      kind = Kind::kSize;
-      break;
+  static_assert(CommandShape::Check(client));
+  static_assert(ClientName::Follows(client_name, lua),
+                "A command lset has a client function tq_mom_lset_sync, _tq_mom_lset_sync, tq_mom_lset or lset");
+
+  static constexpr std::string_view kName = lua;
+  static constexpr auto kClient = client;
+
+  static constexpr Invoker OwnInvoker() {
+    if constexpr (invoker != nullptr) {
+      return invoker;
+    } else {
+      return InvokerFor(CommandShape(), typename CommandShape::Natives());
     }
   }
-  return command;
-}
-
-#define TQ_DESCRIBE(lua_name, client_function) \
-  tq_mom::ClientFunction<decltype(&client_function)>::Describe(#lua_name, tq_mom::NameFor(#client_function, #lua_name))
-
-// clang-format off
-#define TQ_FUNCTION(lua_name, client_function, description)                                                    \
-  tq_mom::Function {                                                                                           \
-    #lua_name,                                                                                                 \
-    [](lua_State* L) {                                                                                         \
-      constexpr auto kDescribe = [] { return description; };                                                   \
-      static const tq_mom::Command kCommand = {reinterpret_cast<void (*)()>(&client_function), kDescribe()};   \
-      return tq_mom::CallCommand<decltype(&client_function)>(L, kCommand, kDescribe);                          \
-    },                                                                                                         \
-    {(description).result}                                                                                     \
+  static constexpr TypeId HandleType() {
+    if constexpr (std::is_same_v<HandleOf, int>) {
+      return kVoid;
+    } else {
+      return kTypeOf<HandleOf>;
+    }
   }
-// clang-format on
+  static constexpr CommandRow Row(std::uint16_t name, int place) {
+    CommandRow row{name,
+                   ClientName(client_name, lua),
+                   CommandShape::kCount,
+                   CommandShape::kHasOut,
+                   static_cast<std::uint8_t>(place),
+                   HandleType(),
+                   {}};
+    auto parameters = CommandShape::Parameters();
+    for (int i = 0; i < CommandShape::kCount; ++i) row.parameters[i] = parameters.list[i];
+    return row;
+  }
+};
 
-// The Lua function that calls a client function.
-#define TQ_COMMAND(lua_name, client_function) \
-  TQ_FUNCTION(lua_name, client_function, TQ_DESCRIBE(lua_name, client_function))
-
-// The same for a function whose last unsigned parameter is declared size_t.
-#define TQ_COMMAND_WITH_SIZE(lua_name, client_function) \
-  TQ_FUNCTION(lua_name, client_function, tq_mom::WithSize(TQ_DESCRIBE(lua_name, client_function)))
+#define TQ_COMMAND(lua_name, client_function, ...) \
+  tq_mom::Command<#lua_name, #client_function, &client_function, __VA_ARGS__>
 
 }  // namespace tq_mom
 

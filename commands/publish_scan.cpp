@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "binding/references.h"
+
 namespace tq_mom {
 namespace {
 
@@ -22,8 +24,8 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   auto push = [&](void* pointer, TypeId type, int name_upvalue) {
     binding::PushClassHandle(L, pointer, Type(type), ClassName(type), class_table, name_upvalue);
   };
-  push(g, TypeId::_p_tq_global_s, binding::kClassName);
-  push(message, TypeId::_p_tq_mom_pubsub_msg_s, binding::kClassName + 1);
+  push(g, kTypeOf<tq_global_t>, binding::kClassName);
+  push(message, kTypeOf<tq_mom_pubsub_msg_t>, binding::kClassName + 1);
   swiglua_ref_get(&scan->argument);
   if (!lua_isfunction(L, class_table + 1)) {
     lua_remove(L, class_table);
@@ -36,18 +38,16 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   return stop;
 }
 
-// What a script passes: the callback and its argument take the places of the client function's last two.
-using ScanFunction = int (*)(tq_global_t* g, int db, void* key, unsigned int count, void* callback, void* argument);
-constexpr Description kScan = ClientFunction<ScanFunction>::Describe("scan", NameFor("tq_mom_scan_sync", "scan"));
+// The callback and its argument take the places of the client function's last two.
 constexpr int kCallback = 5;
 constexpr int kUserArgument = 6;
 
 }  // namespace
 
-int Scan(lua_State* L) {
-  if (lua_gettop(L) != kScan.count) RejectCount(L, kScan);
-  Slot slots[kUserArgument];
-  ReadArguments(L, kScan, slots);
+int InvokeScan(lua_State* L, const CommandRow& command, ClientFunction) {
+  if (lua_gettop(L) != command.count) RejectCount(L, command);
+  Slot slots[kMaxParameters];
+  ReadArguments(L, command, slots);
   auto scan = [&](tq_mom_scan_cb callback, void* context) {
     return tq_mom_scan_sync(static_cast<tq_global_t*>(slots[0].pointer), slots[1].integer, slots[2].pointer,
                             slots[3].unsigned_integer, callback, context);
@@ -74,7 +74,7 @@ int Scan(lua_State* L) {
   } else {
     binding::RaiseBare(L, "input error: cb is not function");
   }
-  lua_pushnumber(L, status);
+  binding::PushNumber(L, status);
   return 1;
 }
 

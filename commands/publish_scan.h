@@ -2,20 +2,19 @@
 #ifndef TQ_COMMANDS_PUBLISH_SCAN_H
 #define TQ_COMMANDS_PUBLISH_SCAN_H
 
-#include "binding/references.h"
 #include "commands/command.h"
-#include "commands/exports.h"
 
 namespace tq_mom {
 
-// The one command that calls back into Lua.
-int Scan(lua_State* L);
+// The invoker of scan, the one command that calls back into Lua: it makes handles of runtimes and messages.
+int InvokeScan(lua_State* L, const CommandRow& command, ClientFunction client);
 
-constexpr Function kPublishScanCommands[] = {
-    TQ_COMMAND(publish, tq_mom_publish_sync),
-    TQ_COMMAND(publish_ext, tq_mom_publish_ext_sync),
-    {"scan", Scan, {TypeId::_p_tq_global_s, TypeId::_p_tq_mom_pubsub_msg_s}},
-};
+using PublishScanCommands = List<
+    // clang-format off
+    TQ_COMMAND(publish, tq_mom_publish_sync, int(Store, int, Key)),
+    TQ_COMMAND(publish_ext, tq_mom_publish_ext_sync, int(Store, int, tq_mom_publish_op_t*, Key)),
+    TQ_COMMAND(scan, tq_mom_scan_sync, int(Store, int, Key, Unsigned, Callback, Anything), tq_global_t, InvokeScan)>;
+// clang-format on
 
 }  // namespace tq_mom
 

@@ -6,10 +6,9 @@
 
 namespace tq_mom {
 
-inline constexpr int kConstantCount = 106;
-
 // Sets them as fields of the table at the stack top.
 void AddConstants(lua_State* L);
+int CountConstants();
 
 }  // namespace tq_mom
 

@@ -1,8 +1,9 @@
 #include <cstdio>
 
 #include "binding/startup.h"
+#include "commands/commands.h"
 #include "module/constants.h"
-#include "module/functions.h"
+#include "records/casts.h"
 #include "records/records.h"
 
 extern "C" {
@@ -34,18 +35,22 @@ extern "C" {
 // The entry point: returns the module table, which is also the global tq_mom_sync.
 [[gnu::visibility("default")]] int luaopen_tq_mom_sync(lua_State* L) {
   constexpr int kStatusCodes = 6;
-  binding::ModuleRecord* types = tq_mom::Types();
+  binding::ModuleRecord* types = tq_mom::ModuleTypes();
+  if (types->next_module == nullptr) tq_mom::SetUpClasses();
   const binding::NamespaceRecord record = {"tq_mom_sync",
                                            binding::kNone<binding::Method>,
                                            binding::kNone<binding::Attribute>,
                                            binding::kNone<binding::Constant>,
                                            tq_mom::class_list,
                                            binding::kNone<const binding::NamespaceRecord*>};
-  binding::OpenModule(L, {.types = types,
-                          .record = &record,
-                          .source = "tq_mom_sync_wrap",
-                          .more_fields = tq_mom::kFunctionCount + tq_mom::kConstantCount + kStatusCodes});
-  tq_mom::AddFunctions(L);
+  binding::OpenModule(
+      L, {.types = types,
+          .record = &record,
+          .source = "tq_mom_sync_wrap",
+          .more_fields = tq_mom::CountCommands() + tq_mom::CountCasts() + tq_mom::CountConstants() + kStatusCodes,
+          .in_place = tq_mom::kInPlace});
+  tq_mom::AddCommands(L);
+  tq_mom::AddCasts(L);
   tq_mom::AddConstants(L);
   luaopen_tq_mom_sync_user(L);
   return 1;

@@ -2,7 +2,9 @@
 #ifndef TQ_RECORDS_CASTS_H
 #define TQ_RECORDS_CASTS_H
 
-#include "records/types.h"
+#include <tq_mom/tq_mom.h>
+
+#include <lua.hpp>
 
 // The casts: native function and Lua function of this name, and the record they cast to.
 #define TQ_CASTS(CAST)                                           \
@@ -40,14 +42,9 @@ TQ_CASTS(TQ_DECLARE_CAST)
 
 namespace tq_mom {
 
-// Lua function body of a cast: the handle at index 1, or nil, as a handle of the type. The record stays owned by
-// whoever owns it.
-int CastHandle(lua_State* L, const char* name, TypeId type);
-
-#define TQ_CAST_FUNCTION(name, record) \
-  {#name, [](lua_State* L) { return CastHandle(L, #name, kTypeOf<record>); }, {kTypeOf<record>}},
-constexpr Function kCasts[] = {TQ_CASTS(TQ_CAST_FUNCTION)};
-#undef TQ_CAST_FUNCTION
+// Sets the casts' Lua functions as fields of the table at the stack top.
+void AddCasts(lua_State* L);
+int CountCasts();
 
 }  // namespace tq_mom
 

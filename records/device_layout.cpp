@@ -1,6 +1,6 @@
 // The records as the device's client library lays them out: pointers and size_t of 32 bits, 64-bit members at multiples
 // of 8. It writes into records that Lua allocates, so a declaration that is laid out otherwise must not compile.
-#include "records/types.h"
+#include "signature/types.h"
 
 #if __SIZEOF_POINTER__ == 4
 
@@ -174,11 +174,23 @@ TQ_RECORD(tq_thread_u, 8,
   TQ_AT(0, 8, sands))
 // clang-format on
 
-// No record is left out.
-#define TQ_NOT_A_RECORD(name, readable)
-#define TQ_CHECKED_RECORD(structure, type, cls) static_assert(sizeof(Layout<type>) != 0);
-#define TQ_CHECKED_CLASS(name, readable) static_assert(sizeof(Layout<name>) != 0);
-TQ_TYPES(TQ_NOT_A_RECORD, TQ_CHECKED_RECORD, TQ_CHECKED_CLASS)
+template <class T, Literal name, Literal readable>
+constexpr bool IsChecked(Plain<T, name, readable>*) {
+  return true;
+}
+template <class T, Literal name, Literal readable>
+constexpr bool IsChecked(Class<T, name, readable>*) {
+  return sizeof(Layout<T>) != 0;
+}
+template <class T, Literal stem, Literal cls>
+constexpr bool IsChecked(tq_mom::Record<T, stem, cls>*) {
+  return sizeof(Layout<T>) != 0;
+}
+template <class... Row>
+constexpr bool AreChecked(TypeList<Row...>) {
+  return (IsChecked(static_cast<Row*>(nullptr)) && ...);
+}
+static_assert(AreChecked(Types()));  // no record is left out
 
 }  // namespace
 }  // namespace tq_mom

@@ -328,8 +328,12 @@ TEST(Numbers, Timeouts) {
       {-kInfinity, INT32_MIN, INT32_MIN},
       {kNaN, 0, 0},
   };
+  unit::LuaState L;
   for (const auto& test : kCases) {
-    timeval timeout = tq_mom::ToTimeout(test.seconds);
+    lua_pushnumber(L, test.seconds);
+    timeval timeout = tq_mom::ToTimeout(L, -1);
+    EXPECT_EQ(lua_gettop(L), 1);
+    lua_settop(L, 0);
     EXPECT_EQ(timeout.tv_sec, test.whole) << test.seconds;
     EXPECT_EQ(timeout.tv_usec, test.micro) << test.seconds;
   }

@@ -1,12 +1,15 @@
+// Request options.
+#ifndef TQ_RECORDS_OPTIONS_H
+#define TQ_RECORDS_OPTIONS_H
+
 #include "records/records.h"
 
 namespace tq_mom {
-namespace {
 
 // Most options are just their flag.
 #define TQ_OPTION(name) TQ_CLASS(tq_mom_##name##_op_t, TQ_FIELD(flag))
 
-constexpr RecordClass kClasses[] = {
+inline constexpr RecordClass kOptions[] = {
     // clang-format off
     TQ_OPTION(set),
     TQ_OPTION(get),
@@ -47,8 +50,8 @@ constexpr RecordClass kClasses[] = {
     // clang-format on
 };
 
-}  // namespace
-
-RecordFamily<kOptionClassCount> OptionRecords() { return kClasses; }
+#undef TQ_OPTION
 
 }  // namespace tq_mom
+
+#endif

@@ -1,9 +1,12 @@
+// Messages and congestion records.
+#ifndef TQ_RECORDS_MESSAGES_H
+#define TQ_RECORDS_MESSAGES_H
+
 #include "records/records.h"
 
 namespace tq_mom {
-namespace {
 
-constexpr RecordClass kClasses[] = {
+inline constexpr RecordClass kMessages[] = {
     // clang-format off
     TQ_CLASS(tq_mom_pubsub_msg_t,
         TQ_FIELD(db),
@@ -27,8 +30,6 @@ constexpr RecordClass kClasses[] = {
     // clang-format on
 };
 
-}  // namespace
-
-RecordFamily<kMessageClassCount> MessageRecords() { return kClasses; }
-
 }  // namespace tq_mom
+
+#endif

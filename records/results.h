@@ -1,9 +1,12 @@
+// Results of commands.
+#ifndef TQ_RECORDS_RESULTS_H
+#define TQ_RECORDS_RESULTS_H
+
 #include "records/records.h"
 
 namespace tq_mom {
-namespace {
 
-constexpr RecordClass kClasses[] = {
+inline constexpr RecordClass kResults[] = {
     // clang-format off
     TQ_CLASS(tq_mom_hash_res_t,
         TQ_FIELD(value),
@@ -47,8 +50,6 @@ constexpr RecordClass kClasses[] = {
     // clang-format on
 };
 
-}  // namespace
-
-RecordFamily<kResultClassCount> ResultRecords() { return kClasses; }
-
 }  // namespace tq_mom
+
+#endif

@@ -1,9 +1,8 @@
-#include "records/types.h"
+#include "signature/types.h"
 
 #include <cstring>
-#include <string_view>
 
-#include "records/records.h"
+#include "binding/handles.h"
 
 namespace tq_mom {
 namespace {
@@ -12,21 +11,18 @@ using binding::CastEntry;
 using binding::ModuleRecord;
 using binding::TypeDescriptor;
 
-// Each type's mangled name, readable name and class name, each ended by a NUL.
-constexpr char kNames[] =
-#define TQ_NAMES(mangled, readable, cls) mangled "\0" readable "\0" cls "\0"
-#define TQ_PLAIN_NAMES(name, readable) TQ_NAMES("_p_" #name, readable, "")
-#define TQ_CLASS_NAMES(name, readable) TQ_NAMES("_p_" #name, readable, #name)
-#define TQ_RECORD_NAMES(structure, type, cls) \
-  TQ_NAMES("_p_" #structure, "struct " #structure " *|" #structure " *|" #type " *", #cls)
-    TQ_TYPES(TQ_PLAIN_NAMES, TQ_RECORD_NAMES, TQ_CLASS_NAMES);
-#undef TQ_NAMES
-#undef TQ_PLAIN_NAMES
-#undef TQ_CLASS_NAMES
-#undef TQ_RECORD_NAMES
+// Each type's mangled name, readable name and class name.
+template <class... Row>
+consteval auto PackNames(TypeList<Row...>) {
+  Packed<16384> names;
+  (Row::AddNames(names), ...);
+  return names;
+}
+constexpr std::size_t kNamesSize = PackNames(Types()).size;
+constexpr Packed kNames = PackNames(Types()).Trimmed<kNamesSize>();
 
 constexpr bool SortedByMangledName() {
-  std::string_view rest(kNames, sizeof(kNames) - 1);
+  std::string_view rest(kNames.text, kNames.size);
   std::string_view previous;
   while (!rest.empty()) {
     std::string_view mangled = rest.substr(0, rest.find('\0'));
@@ -36,7 +32,7 @@ constexpr bool SortedByMangledName() {
   }
   return true;
 }
-static_assert(SortedByMangledName());
+static_assert(SortedByMangledName(), "The rows of signature/types.h are not in the order of their mangled names");
 
 TypeDescriptor own_descriptors[kTypeCount];
 TypeDescriptor* own_types[kTypeCount];
@@ -49,18 +45,17 @@ ModuleRecord module_record;
 const char* NextName(const char* name) { return name + std::strlen(name) + 1; }
 
 void SetUpTypes() {
-  const char* name = kNames;
+  const char* name = kNames.text;
   for (int i = 0; i < kTypeCount; ++i) {
     TypeDescriptor& type = own_descriptors[i];
     type.mangled_name = name;
-    type.readable_name = NextName(type.mangled_name);
+    type.readable_name = NextName(name);
     class_names[i] = NextName(type.readable_name);
     name = NextName(class_names[i]);
     cast_entries[i][0].target_type = &type;
     own_types[i] = &type;
     own_casts[i] = cast_entries[i];
   }
-  SetUpClasses(own_descriptors);
   module_record.type_table = type_table;
   module_record.type_count = kTypeCount;
   module_record.own_types = own_types;
@@ -76,8 +71,25 @@ const char* MangledName(TypeId id) { return own_descriptors[static_cast<int>(id)
 
 const char* ReadableName(TypeId id) { return NextName(MangledName(id)); }
 
-ModuleRecord* Types() {
-  if (module_record.next_module == nullptr) SetUpTypes();
+void PushFunction(lua_State* L, lua_CFunction function, std::initializer_list<TypeId> results) {
+  int upvalues = 0;
+  for (TypeId result : results) {
+    if (*ClassName(result) == '\0') break;
+    if (upvalues == 0) {
+      binding::PushHandleUpvalues(L, ClassName(result));
+      upvalues = binding::kClassName;
+    } else {
+      lua_pushstring(L, ClassName(result));
+      ++upvalues;
+    }
+  }
+  lua_pushcclosure(L, function, upvalues);
+}
+
+TypeDescriptor* OwnType(TypeId id) { return &own_descriptors[static_cast<int>(id)]; }
+
+ModuleRecord* ModuleTypes() {
+  if (module_record.type_count == 0) SetUpTypes();
   return &module_record;
 }
 
