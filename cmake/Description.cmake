@@ -1,10 +1,7 @@
 # tq_description: the header tq_description.h with the lists of functions, classes, constants and records that follow
 # from api/, written at build time.
 include_guard(GLOBAL)
-find_program(TQ_LUA_INTERPRETER lua5.3 NO_CMAKE_FIND_ROOT_PATH DOC "The Lua 5.3 interpreter of this machine")
-if(NOT TQ_LUA_INTERPRETER)
-  return()
-endif()
+find_program(TQ_LUA_INTERPRETER lua5.3 NO_CMAKE_FIND_ROOT_PATH REQUIRED DOC "The Lua 5.3 interpreter of this machine")
 
 set(tq_description_header ${PROJECT_BINARY_DIR}/description/tq_description.h)
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/description)

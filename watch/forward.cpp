@@ -11,14 +11,14 @@ namespace tq_watch {
 #define TQ_WATCH_DESCRIBE(parameters, name) Declaration<decltype(::name)>::Describe(#name, kName_##name),
 namespace {
 #define TQ_WATCH_NAME(parameters, name) constexpr LuaName kName_##name(#name);
-TQ_WATCH_FUNCTIONS(TQ_WATCH_NAME)
+TQ_CLIENT_CALLS(TQ_WATCH_NAME)
 #undef TQ_WATCH_NAME
 }  // namespace
 
 ClientFunction client_functions[kRowCount];
 bool watching;
 
-constexpr Function functions[kRowCount] = {TQ_WATCH_FUNCTIONS(TQ_WATCH_DESCRIBE)};
+constexpr Function functions[kRowCount] = {TQ_CLIENT_CALLS(TQ_WATCH_DESCRIBE)};
 #undef TQ_WATCH_DESCRIBE
 
 namespace {
@@ -138,4 +138,4 @@ struct ParameterOf<0, R(First, P...)> {
       name, (TQ_P(name, 0), TQ_P(name, 1), TQ_P(name, 2), TQ_P(name, 3), TQ_P(name, 4), TQ_P(name, 5), TQ_P(name, 6)), \
       p0, p1, p2, p3, p4, p5, p6)
 #define TQ_FORWARD_ROW(parameters, name) TQ_FORWARD_##parameters(name)
-TQ_WATCH_FUNCTIONS(TQ_FORWARD_ROW)
+TQ_CLIENT_CALLS(TQ_FORWARD_ROW)

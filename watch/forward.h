@@ -2,14 +2,15 @@
 #ifndef TQ_WATCH_FORWARD_H
 #define TQ_WATCH_FORWARD_H
 
+#include <tq_description.h>
+
 #include "watch/call.h"
-#include "watch/functions.h"
 
 namespace tq_watch {
 
 enum Row {
 #define TQ_WATCH_ROW(parameters, name) kRow_##name,
-  TQ_WATCH_FUNCTIONS(TQ_WATCH_ROW)
+  TQ_CLIENT_CALLS(TQ_WATCH_ROW)
 #undef TQ_WATCH_ROW
       kRowCount
 };
