@@ -4,6 +4,7 @@
 #include <tq_mom/tq_mom.h>
 
 #include <algorithm>
+#include <atomic>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -20,6 +21,9 @@ using hostkit::Command;
 using hostkit::Engine;
 using hostkit::Message;
 using hostkit::Subscription;
+
+// Of all runtimes, so that whoever ends a subscription after its runtime does not end another's.
+std::atomic<int> last_subscription = 0;
 
 // One message on its way to subscribers.
 struct DeliveryFrame : hostkit::CallbackFrame {
@@ -143,7 +147,7 @@ int tq_kit_subscribe(tq_global_t* g, int db, const char* pattern, tq_kit_subscri
     return client.Refuse(TQ_MOM_INPUT_ERR, "there is no such database, no pattern or no subscriber");
   }
   return command.Run([&] {
-    const int id = client.last_subscription + 1;
+    const int id = ++last_subscription;
     client.subscriptions.push_back({id, db, pattern, subscriber, context});
     hostkit::Status status;
     if (!HasTwin(client, id, db, pattern)) status = client.engine->Subscribe({db, pattern});
@@ -151,7 +155,6 @@ int tq_kit_subscribe(tq_global_t* g, int db, const char* pattern, tq_kit_subscri
       client.subscriptions.pop_back();
       return client.Finish(std::move(status));
     }
-    client.last_subscription = id;
     return command.Result({}, id);
   });
 }

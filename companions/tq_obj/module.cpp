@@ -5,12 +5,12 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 
 #include "binding/arguments.h"
 #include "binding/handles.h"
 #include "binding/startup.h"
+#include "companions/messages.h"
 
 namespace {
 
@@ -131,19 +131,6 @@ int Bytes(lua_State* L) {
   return 1;
 }
 
-// Pushes a message without content that Lua owns, with `room` bytes behind it in the same block, which its class frees
-// as one. Returns the block, zero-filled.
-char* PushMessage(lua_State* L, std::size_t room) {
-  TypeDescriptor* type = type_table[kMessageType];
-  if (type->class_record == nullptr) luaL_error(L, "messages are records of tq_mom_sync: require it first");
-  binding::Handle* handle = binding::PushEmptyHandle(L, type);
-  auto* block = static_cast<char*>(std::calloc(1, sizeof(tq_mom_pubsub_msg_t) + room));
-  if (block == nullptr) luaL_error(L, "not enough memory");
-  handle->pointer = block;
-  handle->own = 1;
-  return block;
-}
-
 // The named text of the table at index 1, null when it is nil. It stays on the stack.
 const char* CheckEntry(lua_State* L, const char* name, std::size_t* length) {
   lua_getfield(L, 1, name);
@@ -166,11 +153,10 @@ int NewMessage(lua_State* L) {
   lua_settop(L, 1);
   std::size_t length = 0;
   const char* value = CheckEntry(L, "value", &length);
-  char* block = PushMessage(L, length);
+  tq_mom_pubsub_msg_t* message = companions::PushMessage(L, type_table[kMessageType], length);
   int handle = lua_gettop(L);
-  auto* message = reinterpret_cast<tq_mom_pubsub_msg_t*>(block);
   if (value != nullptr) {
-    message->value = std::memcpy(block + sizeof(*message), value, length);
+    message->value = std::memcpy(companions::RoomOf(message), value, length);
     message->length = length;
   }
   luaL_getmetafield(L, handle, ".set");
@@ -210,8 +196,8 @@ int NewScanMessage(lua_State* L) {
   if (value_length > INT_MAX) return luaL_error(L, "value of a message: too long");
   // The handle has the other message's type, as in a scan, so whoever does not cast it reads that much.
   static_assert(sizeof(tq_mom_scan_all_msg_t) <= sizeof(tq_mom_pubsub_msg_t));
-  char* block = PushMessage(L, key_length + 1 + value_length);
-  char* room = block + sizeof(tq_mom_pubsub_msg_t);
+  tq_mom_pubsub_msg_t* block = companions::PushMessage(L, type_table[kMessageType], key_length + 1 + value_length);
+  char* room = companions::RoomOf(block);
   auto* message = reinterpret_cast<tq_mom_scan_all_msg_t*>(block);
   message->key = static_cast<char*>(std::memcpy(room, key, key_length));
   message->vlen = static_cast<int>(value_length);
@@ -335,13 +321,7 @@ constexpr NamespaceRecord kModule = {"tq_obj",
                                      classes,
                                      binding::kNone<const NamespaceRecord*>};
 
-// The class of messages is that of tq_mom_sync.
-TypeDescriptor message_type = {"_p_tq_mom_pubsub_msg_s",
-                               "struct tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_s *|tq_mom_pubsub_msg_t *",
-                               nullptr,
-                               nullptr,
-                               nullptr,
-                               0};
+TypeDescriptor message_type = companions::kMessageType;
 TypeDescriptor object_type = {"_p_tq_obj", "tq_obj *", nullptr, nullptr, &object_class, 0};
 CastEntry message_casts[] = {{&message_type, nullptr, nullptr, nullptr}, {}};
 CastEntry object_casts[] = {{&object_type, nullptr, nullptr, nullptr}, {}};

@@ -13,7 +13,8 @@ extern "C" {
  * end it. */
 typedef void (*tq_kit_subscriber)(tq_global_t* g, const tq_mom_pubsub_msg_t* message, void* context);
 
-/* pattern is a glob as for a scan. Returns the subscription's number, which is positive, or a status code. */
+/* pattern is a glob as for a scan. Returns the subscription's number, which is positive and in the
+ * process no other's, or a status code. */
 int tq_kit_subscribe(tq_global_t* g, int db, const char* pattern, tq_kit_subscriber subscriber, void* context);
 /* Also from inside a subscriber. TQ_MOM_INPUT_ERR if there is no such subscription. */
 int tq_kit_unsubscribe(tq_global_t* g, int subscription);

@@ -54,9 +54,10 @@ for name, action in pairs(actions) do
     repeat
       local object = tq_obj.new("k", "v")
       local records = records_in_use()
+      local hook = table.pack(debug.gethook())
       debug.sethook()
       local failed, ok, message = recorder.without_memory(failures + 1, action, object)
-      stage.play()
+      debug.sethook(table.unpack(hook))
       if failed then
         if not ok then luaunit.assertStrContains(message, "not enough memory") end
         failures = failures + 1

@@ -136,12 +136,9 @@ local function arguments(level, i)
 end
 
 -- A hook, as a function around the module's would show in the positions of errors.
-local function play()
-  debug.sethook(function()
-    local f = prepare[debug.getinfo(2, "f").func]
-    if f then f(arguments(2, 1)) end
-  end, "c")
-end
-play()
+debug.sethook(function()
+  local f = prepare[debug.getinfo(2, "f").func]
+  if f then f(arguments(2, 1)) end
+end, "c")
 
-return {recorder = recorder, tq = tq, platform = platform, play = play}
+return {recorder = recorder, tq = tq, platform = platform}

@@ -248,9 +248,9 @@ TEST_F(Publishing, ReachesSubscribersOfTheDatabaseAndPattern) {
   Seen all;
   Seen some;
   Seen elsewhere;
-  EXPECT_EQ(tq_kit_subscribe(g, 0, "*", Take, &all), 1);
-  EXPECT_EQ(tq_kit_subscribe(g, 0, "link:*", Take, &some), 2);
-  EXPECT_EQ(tq_kit_subscribe(g, 5, "*", Take, &elsewhere), 3);
+  EXPECT_GT(tq_kit_subscribe(g, 0, "*", Take, &all), 0);
+  EXPECT_GT(tq_kit_subscribe(g, 0, "link:*", Take, &some), 0);
+  EXPECT_GT(tq_kit_subscribe(g, 5, "*", Take, &elsewhere), 0);
   EXPECT_EQ(Publish("link:1", std::string_view("up\0", 3)), 2);
   EXPECT_EQ(Publish("fan", ""), 1);
   EXPECT_EQ(tq_mom_publish_ext_sync(g, 5, nullptr, Obj("link:2", "down")), 1);
@@ -281,6 +281,21 @@ TEST_F(Publishing, UnsubscribeEndsIt) {
   EXPECT_EQ(Publish("k", "v"), 1);
   EXPECT_EQ(tq_kit_unsubscribe(g, second), TQ_MOM_OK);
   EXPECT_EQ(Publish("k", "v"), 0);
+}
+
+// Whoever ends a subscription after its runtime ends nothing else, wherever the next runtime lies.
+TEST_F(Publishing, NumbersAreNotUsedAgain) {
+  Seen seen;
+  tq_global_t record = {};
+  ASSERT_EQ(tq_global_init(nullptr, &record), &record);
+  ASSERT_EQ(tq_mom_client_connect_sync(&record, 0), TQ_MOM_OK);
+  const int ended = tq_kit_subscribe(&record, 0, "*", Take, &seen);
+  ASSERT_EQ(tq_global_finish(&record), TQ_MOM_OK);
+  ASSERT_EQ(tq_global_init(nullptr, &record), &record);
+  ASSERT_EQ(tq_mom_client_connect_sync(&record, 0), TQ_MOM_OK);
+  EXPECT_GT(tq_kit_subscribe(&record, 0, "*", Take, &seen), ended);
+  EXPECT_EQ(tq_kit_unsubscribe(&record, ended), TQ_MOM_INPUT_ERR);
+  EXPECT_EQ(tq_global_finish(&record), TQ_MOM_OK);
 }
 
 TEST_F(Publishing, SubscribeChecksItsArguments) {

@@ -348,11 +348,13 @@ function TestObjects:testErrorsOfFieldsAreTheSameUnderADebugger()
     function() object[-1] = "x" end,
     function() return object.colour.x end,
   }
+  local hook = table.pack(debug.gethook())
   for i, f in ipairs(wrong) do
+    debug.sethook()
     local plain = select(2, pcall(f))
     debug.sethook(function() end, "c")
     local hooked = select(2, pcall(f))
-    debug.sethook()
+    debug.sethook(table.unpack(hook))
     luaunit.assertEquals(hooked, plain)
     if i < #wrong then luaunit.assertNil(plain:find("objects_test.lua", 1, true), plain) end
   end

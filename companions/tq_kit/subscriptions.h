@@ -1,0 +1,16 @@
+// Subscriptions of Lua functions to published messages.
+#ifndef TQ_COMPANIONS_TQ_KIT_SUBSCRIPTIONS_H
+#define TQ_COMPANIONS_TQ_KIT_SUBSCRIPTIONS_H
+
+#include "binding/abi.h"
+
+namespace tq_kit {
+
+// Lua function: tq_kit.subscribe(g, db, pattern, function(g, message, text) ... end) -> subscription
+int Subscribe(lua_State* L);
+
+extern binding::ClassRecord subscription_class;
+
+}  // namespace tq_kit
+
+#endif
