@@ -12,6 +12,7 @@ local files = {
   {module = "tq_mom_sync", "handles", "connection", "strings", "expiry", "hashes", "lists", "sets", "sorted_sets", "publish_scan",
     "options", "results", "messages", "runtime", "constants"},
   {module = "tq_obj", "tq_obj"},
+  {module = "tq_kit", "tq_kit"},
 }
 
 -- What a value is: `native` is its C type, `lua` its type for an editor, `set` what an assignment to such a field does.

@@ -1,6 +1,8 @@
 -- The part of tq_kit that is written in Lua: databases as tables, values as text.
 local kit, native = ...
 
+rawset(kit, "subscription", nil) -- nobody makes one but subscribe
+
 -- How the elements of each kind go into the table of a key, and where they come from.
 local kinds = {
   string = {
@@ -304,13 +306,16 @@ function kit.show(value, elements)
   return show(value, {seen = {}, depth = 0, elements = elements or default_elements})
 end
 
-local plain_print = print
-
-function kit.print(...)
-  local texts = table.pack(...)
-  for i = 1, texts.n do
-    local kind = type(texts[i])
-    if kind == "table" or kind == "userdata" then texts[i] = kit.show(texts[i]) end
+function kit.printer(print_line)
+  if type(print_line) ~= "function" then
+    error(string.format("bad argument #1 to 'printer' (function expected, got %s)", type_name(print_line)), 2)
   end
-  plain_print(table.unpack(texts, 1, texts.n))
+  return function(...)
+    local values = table.pack(...)
+    for i = 1, values.n do
+      local kind = type(values[i])
+      if kind == "table" or kind == "userdata" then values[i] = kit.show(values[i]) end
+    end
+    return print_line(table.unpack(values, 1, values.n))
+  end
 end

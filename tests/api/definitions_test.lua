@@ -40,6 +40,8 @@ function TestDefinitions:test_tq_obj()
   for name in pairs(definitions) do luaunit.assertNotNil(kit.tq_obj[name], name) end
 end
 
+function TestDefinitions:test_tq_kit() test_module("tq_kit", require "tq_kit") end
+
 function TestDefinitions:test_globals()
   local _, environment = load_definitions "tq_mom_sync"
   for name in pairs(environment) do luaunit.assertNotNil(_G[name], name) end

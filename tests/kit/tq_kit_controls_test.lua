@@ -13,8 +13,8 @@ function TestControls:testModule()
   local names = {}
   for name in pairs(tq_kit) do names[#names + 1] = name end
   luaunit.assertItemsEquals(names, {
-    "advance", "clear", "dump", "freeze", "inspect", "last_error", "load", "poll", "print", "read_only", "show",
-    "subscribe", "subscription", "thaw",
+    "advance", "clear", "dump", "freeze", "inspect", "last_error", "load", "poll", "printer", "read_only", "show",
+    "subscribe", "thaw",
   })
 end
 

@@ -135,15 +135,15 @@ function TestShow:testWrongArguments()
 end
 
 -- Prints like print, but for what print has no words for.
-function TestShow:testPrint()
-  local text = kit.run_chunk([[
-    local kit = require "kit"
-    local tq_kit = require "tq_kit"
-    print = tq_kit.print
-    print(1, 1.0, "text", nil, {1, "a"}, kit.key("k", "v"), print == nil)
-    print()
-  ]])
-  luaunit.assertEquals(text, '1\t1.0\ttext\tnil\t{1, "a"}\ttq_obj {key = "k", value = "v"}\tfalse\n\n')
+function TestShow:testPrinter()
+  local printed
+  local print_line = tq_kit.printer(function(...) printed = table.pack(...) end)
+  print_line(1, 1.0, "text", nil, {1, "a"}, key("k", "v"), nil)
+  luaunit.assertEquals(printed,
+    table.pack(1, 1.0, "text", nil, '{1, "a"}', 'tq_obj {key = "k", value = "v"}', nil))
+  print_line()
+  luaunit.assertEquals(printed.n, 0)
+  luaunit.assertErrorMsgContains("bad argument #1 to 'printer' (function expected, got string)", tq_kit.printer, "print")
 end
 
 kit.run()
