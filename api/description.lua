@@ -245,7 +245,7 @@ end
 
 -- A structure `<what>_s` with the typedef `<what>_t`; its class has the typedef's name unless `name` says another.
 local function add_record(what, entry)
-  entry.layout, entry.structure = what .. "_t", what .. "_s"
+  entry.layout, entry.structure, entry.is_handle = what .. "_t", what .. "_s", true
   entry.name = entry.name or entry.layout
   return add_class(entry)
 end
@@ -276,7 +276,7 @@ function words.runtime_record(name)
   return function(entry)
     local what = name:match("^(.*)_t$")
     if what then return add_record(what, entry) end
-    entry.name, entry.layout, entry.structure = name, name, entry.structure or name
+    entry.name, entry.layout, entry.structure, entry.is_handle = name, name, entry.structure or name, true
     add_class(entry)
   end
 end

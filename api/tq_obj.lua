@@ -67,6 +67,7 @@ print(element.key, tq_obj.bytes(element.value, element.vlen)) --> port/1	up]],
 }
 
 class "tq_obj" {
+  is_handle = true,
   does = "A value object. Commands return them, too, once both modules are loaded, in either order.",
   field "key: string" "the key; assigning nil is an error",
   field "value: string?" "the value; nil takes it away",

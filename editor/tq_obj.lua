@@ -62,16 +62,16 @@ function tq_obj.message(fields) end
 function tq_obj.scan_message(fields) end
 
 ---What `tq_obj.message` takes: fields of `tq_mom_pubsub_msg_t`. `length` follows from the value.
----@class tq_obj.fields: tq_pointer
----@field db integer the database
----@field key string the key, or topic
----@field field string the field
----@field cmd integer a command code: `tq.TQ_MOM_PUBLISH`, ...
----@field value string any bytes
----@field flag integer a batch flag
----@field db_id integer the database's number
----@field cluster_id integer the cluster's number
----@field error integer a status
+---@class tq_obj.fields
+---@field db? integer the database
+---@field key? string the key, or topic
+---@field field? string the field
+---@field cmd? integer a command code: `tq.TQ_MOM_PUBLISH`, ...
+---@field value? string any bytes
+---@field flag? integer a batch flag
+---@field db_id? integer the database's number
+---@field cluster_id? integer the cluster's number
+---@field error? integer a status
 
 ---A value object. Commands return them, too, once both modules are loaded, in either order.
 ---@class tq_obj: tq_pointer

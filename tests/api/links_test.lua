@@ -12,13 +12,16 @@ local function read(name)
 end
 
 -- The anchors that GitHub gives the headings; two of one name are not told apart here.
+local known = {}
 local function anchors_of(text)
+  if known[text] then return known[text] end
   local anchors = {}
   for heading in ("\n" .. text):gmatch("\n#+ ([^\n]+)") do
     local anchor = heading:gsub("%[([^%]]+)%]%([^)]*%)", "%1"):lower():gsub("[^%w_ -]", ""):gsub(" ", "-")
     luaunit.assertNil(anchors[anchor], "two headings " .. anchor)
     anchors[anchor] = true
   end
+  known[text] = anchors
   return anchors
 end
 
