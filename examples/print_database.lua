@@ -28,6 +28,8 @@ local function scan(pattern, count)
   local found = {}
   local status = tq.scan(g, db, tq_obj.new(pattern), count, collect, found)
   assert(status >= 0, "the scan failed")
+  -- A scan goes in any order.
+  table.sort(found, function(a, b) return a.key < b.key end)
   return found
 end
 

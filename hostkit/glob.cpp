@@ -7,17 +7,6 @@ namespace {
 
 unsigned char At(std::string_view text, std::size_t index) { return static_cast<unsigned char>(text[index]); }
 
-// Length of the set at the head of the pattern, 0 if it does not end.
-std::size_t SetLength(std::string_view pattern) {
-  std::size_t index = 1;
-  if (index < pattern.size() && pattern[index] == '^') ++index;
-  for (bool first = true; index < pattern.size(); ++index, first = false) {
-    if (pattern[index] == ']' && !first) return index + 1;
-    if (pattern[index] == '\\') ++index;
-  }
-  return 0;
-}
-
 bool SetMatches(std::string_view set, unsigned char byte) {
   set = set.substr(1, set.size() - 2);
   const bool negated = !set.empty() && set.front() == '^';
@@ -43,7 +32,7 @@ std::size_t MatchOne(std::string_view pattern, unsigned char byte) {
     case '?':
       return 1;
     case '[':
-      if (const std::size_t length = SetLength(pattern); length != 0) {
+      if (const std::size_t length = GlobSetLength(pattern); length != 0) {
         return SetMatches(pattern.substr(0, length), byte) ? length : 0;
       }
       break;
@@ -57,6 +46,16 @@ std::size_t MatchOne(std::string_view pattern, unsigned char byte) {
 }
 
 }  // namespace
+
+std::size_t GlobSetLength(std::string_view pattern) {
+  std::size_t index = 1;
+  if (index < pattern.size() && pattern[index] == '^') ++index;
+  for (bool first = true; index < pattern.size(); ++index, first = false) {
+    if (pattern[index] == ']' && !first) return index + 1;
+    if (pattern[index] == '\\') ++index;
+  }
+  return 0;
+}
 
 bool GlobMatches(std::string_view pattern, std::string_view text) {
   std::size_t p = 0;

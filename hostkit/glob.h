@@ -10,6 +10,9 @@ namespace hostkit {
 // is. An unfinished set takes its `[` as it is.
 bool GlobMatches(std::string_view pattern, std::string_view text);
 
+// The length of the set at the head of a pattern that begins with [; 0 if it does not end.
+std::size_t GlobSetLength(std::string_view pattern);
+
 }  // namespace hostkit
 
 #endif

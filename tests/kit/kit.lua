@@ -35,8 +35,17 @@ kit.other_db = databases.other
 -- Status codes of client functions.
 kit.OK, kit.ERR, kit.INPUT_ERR, kit.NO_READY = 0, -1, -2, -4
 
+-- A name for tq_global_init that gives a store of its own: nil in this process; on a server, whose name then ends with a
+-- prefix, that name with a longer prefix.
+kit.server = os.getenv "TQ_MOM_STORE"
+local stores = 0
+function kit.fresh_store()
+  stores = stores + 1
+  return kit.server and kit.server .. stores .. ":"
+end
+
 function kit.connect(name)
-  local g = tq.tq_global_init(name, nil)
+  local g = tq.tq_global_init(name or kit.fresh_store(), nil)
   luaunit.assertNotNil(g)
   kit.number(0, tq.client_connect(g, 0))
   return g

@@ -1,0 +1,25 @@
+// Answers of servers, as they came over the wire.
+#ifndef TQ_TESTS_SERVER_RECORDED_H
+#define TQ_TESTS_SERVER_RECORDED_H
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "hostkit/server_reply.h"
+
+namespace hostkit {
+
+inline ReplyPtr Recorded(std::string_view wire) {
+  redisReader* reader = redisReaderCreate();
+  void* reply = nullptr;
+  EXPECT_EQ(redisReaderFeed(reader, wire.data(), wire.size()), REDIS_OK);
+  EXPECT_EQ(redisReaderGetReply(reader, &reply), REDIS_OK);
+  redisReaderFree(reader);
+  EXPECT_NE(reply, nullptr) << wire;
+  return ReplyPtr(static_cast<redisReply*>(reply));
+}
+
+}  // namespace hostkit
+
+#endif
