@@ -247,8 +247,8 @@ Status MemoryEngine::Increment(const Request& request, std::int64_t* value) {
   if (text.value != nullptr) {
     const char* end = text.value->data() + text.value->size();
     const auto [parsed, failure] = std::from_chars(text.value->data(), end, number);
-    if (failure != std::errc() || parsed != end) {
-      return {StatusCode::kWrongKind, "the value is no decimal 64-bit number"};
+    if (failure != std::errc() || parsed != end || std::to_string(number) != *text.value) {
+      return {StatusCode::kWrongKind, "the value is no decimal 64-bit number in its shortest form"};
     }
   }
   *value = number;

@@ -32,7 +32,7 @@ end
 
 function TestConnection:testCluster()
   luaunit.skipIf(kit.server and not os.getenv "TQ_MOM_CLUSTER", "the server is no cluster")
-  local g = tq.tq_global_init(nil, nil)
+  local g = tq.tq_global_init(kit.fresh_store(), nil)
   number(0, tq.client_connect_cluster(g, 3))
   number(0, tq.set(g, db, key("k", "v")))
   luaunit.assertEquals(kit.stored(g, "k"), "v")

@@ -209,13 +209,16 @@ function TestScan:testCallbackWrites()
   local g = self.g
   fill(g, {"a", "b", "c"})
   local calls = 0
-  number(3, tq.scan(g, db, key("*"), 0, function(_, message)
+  local visited = tq.scan(g, db, key("*"), 0, function(_, message)
     calls = calls + 1
     number(0, tq.set(g, db, key("new" .. calls, "v")))
     number(0, tq.set(g, db, key(tq.convertPtrToScanAllMsg(message).key, "changed")))
-  end, nil))
+  end, nil)
+  number(calls, visited)
+  -- A server may visit keys that the callback adds.
+  if kit.server then luaunit.assertTrue(calls >= 3) else luaunit.assertEquals(calls, 3) end
   luaunit.assertEquals(kit.stored(g, "a"), "changed")
-  number(6, tq.scan(g, db, key("*"), 0, nil, nil))
+  number(3 + calls, tq.scan(g, db, key("*"), 0, nil, nil))
 end
 
 function TestScan:testNested()

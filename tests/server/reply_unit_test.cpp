@@ -1,10 +1,9 @@
-#include "hostkit/server_reply.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
+#include "hostkit/server_reply.h"
 #include "recorded.h"
 
 namespace hostkit {
@@ -48,7 +47,7 @@ TEST(Reply, Texts) {
 }
 
 TEST(Reply, Scores) {
-  EXPECT_EQ(Taken<std::optional<double>>("$22\r\n-1.7976931348623157e308\r\n").value_or(0), -1.7976931348623157e308);
+  EXPECT_EQ(Taken<std::optional<double>>("$23\r\n-1.7976931348623157e308\r\n").value_or(0), -1.7976931348623157e308);
   EXPECT_EQ(Taken<std::optional<double>>("$3\r\ninf\r\n"), HUGE_VAL);
   EXPECT_EQ(Taken<std::optional<double>>("$4\r\n-inf\r\n"), -HUGE_VAL);
   EXPECT_EQ(Taken<std::optional<double>>("$-1\r\n"), std::nullopt);

@@ -1,7 +1,6 @@
-#include "hostkit/server_slots.h"
-
 #include <gtest/gtest.h>
 
+#include "hostkit/server_slots.h"
 #include "recorded.h"
 
 namespace hostkit {
@@ -23,7 +22,8 @@ constexpr std::string_view kThreeNodes =
     "*4\r\n:0\r\n:5460\r\n"
     "*4\r\n$9\r\n127.0.0.1\r\n:7000\r\n$40\r\n0250140aace398784a1360d829cbfc666b3ff8b2\r\n*0\r\n"
     "*4\r\n$9\r\n127.0.0.1\r\n:7003\r\n$40\r\n4cf4979fb868336fbd60a0ce4acfc6a5ee3c8688\r\n*0\r\n"
-    "*3\r\n:5461\r\n:10922\r\n*4\r\n$9\r\n127.0.0.1\r\n:7001\r\n$40\r\n48ccb4c26e138b2bdb6671df0c99aa6057825549\r\n*0\r\n"
+    "*3\r\n:5461\r\n:10922\r\n*4\r\n$9\r\n127.0.0.1\r\n:7001\r\n$40\r\n48ccb4c26e138b2bdb6671df0c99aa6057825549\r\n*"
+    "0\r\n"
     "*3\r\n:10924\r\n:16383\r\n*4\r\n$-1\r\n:7002\r\n$40\r\na4598293603763be528d8b25bb5325ea60df293a\r\n*0\r\n";
 
 TEST(Slots, MapFromACluster) {

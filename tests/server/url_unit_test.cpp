@@ -1,6 +1,6 @@
-#include "hostkit/server_url.h"
-
 #include <gtest/gtest.h>
+
+#include "hostkit/server_url.h"
 
 namespace hostkit {
 namespace {
@@ -41,13 +41,13 @@ TEST(ServerUrl, Credentials) {
 }
 
 TEST(ServerUrl, Options) {
-  ServerOptions options = Parsed("redis://host?connect_timeout=10&timeout=20&wait=2&prefix=lab%3a&node=other:1&node=third");
+  ServerOptions options =
+      Parsed("redis://host?connect_timeout=10&timeout=20&wait=2&prefix=lab%3a&node=other:1&node=third");
   EXPECT_EQ(options.connect_timeout, milliseconds(10));
   EXPECT_EQ(options.timeout, milliseconds(20));
   EXPECT_EQ(options.wait, 2);
   EXPECT_EQ(options.prefix, "lab:");
-  EXPECT_EQ(options.nodes,
-            (std::vector<ServerAddress>{{"host", 6379}, {"other", 1}, {"third", 6379}}));
+  EXPECT_EQ(options.nodes, (std::vector<ServerAddress>{{"host", 6379}, {"other", 1}, {"third", 6379}}));
   options = Parsed("redis://host");
   EXPECT_EQ(options.wait, 0);
   EXPECT_EQ(options.prefix, "");
@@ -55,18 +55,30 @@ TEST(ServerUrl, Options) {
 
 TEST(ServerUrl, MalformedOnesAreRefusedWithoutBeingQuoted) {
   constexpr std::string_view kMalformed[] = {
-      "http://pa55word",          "redis://",
-      "redis://:pa55word@",       "redis://pa55word@host",
-      "redis://:pa55word@host:0", "redis://:pa55word@host:65536",
-      "redis://:pa55word@host:x", "redis://:pa55word%4@host",
-      "redis://:%zzpa55word@h",   "redis://:%00pa55word@h",
-      "redis://[::1pa55word",     "redis://:pa55word@[::1]7",
-      "redis+unix://",            "redis+unix://:pa55word@",
-      "redis://host?pa55word",    "redis://host?pa55word=1",
-      "redis://host?timeout=0",   "redis://host?timeout=pa55word",
-      "redis://host?wait=-1",     "redis://host?wait=pa55word",
-      "redis://host?node=",       "redis://host?node=pa55word:0",
-      "redis://:x?pa55word@host", "redis://host?prefix=%",
+      "http://pa55word",
+      "redis://",
+      "redis://:pa55word@",
+      "redis://pa55word@host",
+      "redis://:pa55word@host:0",
+      "redis://:pa55word@host:65536",
+      "redis://:pa55word@host:x",
+      "redis://:pa55word%4@host",
+      "redis://:%zzpa55word@h",
+      "redis://:%00pa55word@h",
+      "redis://[::1pa55word",
+      "redis://:pa55word@[::1]7",
+      "redis+unix://",
+      "redis+unix://:pa55word@",
+      "redis://host?pa55word",
+      "redis://host?pa55word=1",
+      "redis://host?timeout=0",
+      "redis://host?timeout=pa55word",
+      "redis://host?wait=-1",
+      "redis://host?wait=pa55word",
+      "redis://host?node=",
+      "redis://host?node=pa55word:0",
+      "redis://:x?pa55word@host",
+      "redis://host?prefix=%",
   };
   for (const std::string_view url : kMalformed) {
     ServerOptions options;
