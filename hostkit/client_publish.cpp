@@ -111,6 +111,19 @@ bool HasTwin(const tq_mom_client_s& client, int id, int db, std::string_view pat
   });
 }
 
+// How many subscriptions get a message by Poll that the store does not count: it knows a pattern once, however many
+// subscriptions have it.
+std::int64_t Uncounted(const tq_mom_client_s& client, int db, std::string_view name) {
+  if (!client.engine->Supports(hostkit::Feature::kMessagesByPoll)) return 0;
+  const auto& all = client.subscriptions;
+  return std::count_if(all.begin(), all.end(), [&](const Subscription& known) {
+    const auto first = std::find_if(all.begin(), all.end(), [&](const Subscription& other) {
+      return other.db == known.db && other.pattern == known.pattern;
+    });
+    return known.db == db && first->id != known.id && hostkit::GlobMatches(known.pattern, name);
+  });
+}
+
 }  // namespace
 
 int tq_mom_publish_sync(tq_global_t* g, int db, void* key) {
@@ -129,7 +142,11 @@ int tq_mom_publish_sync(tq_global_t* g, int db, void* key) {
     return engine.Publish(command.request, made->value, &receivers);
   });
   if (status != TQ_MOM_OK) return status;
-  return command.Result({}, receivers + Deliver(g, command.client, frame));
+  receivers += Uncounted(*command.client, db, command.request.name);
+  const int result = command.Result({}, receivers + Deliver(g, command.client, frame));
+  // What comes by Poll has come already as far as it is our own.
+  if (!command.client->subscriptions.empty()) Poll(g, {});
+  return result;
 }
 
 int tq_global_run(tq_global_t* g) { return std::min(Poll(g, {}), TQ_MOM_OK); }

@@ -4,13 +4,6 @@ local tq, key, number, db, probe = kit.tq, kit.key, kit.number, kit.db, kit.prob
 
 TestPublish = kit.suite()
 
--- Publishes, and lets what a server sends back arrive.
-local function publish(g, ...)
-  local receivers = tq.publish(g, ...)
-  tq.tq_global_run(g)
-  return receivers
-end
-
 -- A subscription whose messages end up in a table.
 function TestPublish:subscribe(pattern, database)
   local message = tq.tq_mom_pubsub_msg_t()
@@ -34,11 +27,10 @@ end
 
 function TestPublish:testMessage()
   local got, stop = self:subscribe("port/*")
-  number(1, publish(self.g, db, key("port/1", "up\0!")))
-  number(0, publish(self.g, db, key("fan/1", "on")))
-  number(0, publish(self.g, kit.other_db, key("port/1", "up")))
+  number(1, tq.publish(self.g, db, key("port/1", "up\0!")))
+  number(0, tq.publish(self.g, db, key("fan/1", "on")))
+  number(0, tq.publish(self.g, kit.other_db, key("port/1", "up")))
   number(1, tq.publish_ext(self.g, db, tq.publish_op_t(), key("port/2", "")))
-  number(0, tq.tq_global_run(self.g))
   luaunit.assertEquals(got, {
     {db = db, db_id = db, key = "port/1", field = "", cmd = tq.TQ_MOM_PUBLISH, flag = 0, error = 0, length = 4,
      value = "up\0!"},
@@ -46,18 +38,18 @@ function TestPublish:testMessage()
      value = ""},
   })
   stop()
-  number(0, publish(self.g, db, key("port/1", "down")))
+  number(0, tq.publish(self.g, db, key("port/1", "down")))
   luaunit.assertEquals(#got, 2)
 end
 
 function TestPublish:testSeveralSubscribers()
   local all, stop_all = self:subscribe("*")
   local one, stop_one = self:subscribe("a")
-  number(2, publish(self.g, db, key("a", "1")))
-  number(1, publish(self.g, db, key("b", "2")))
+  number(2, tq.publish(self.g, db, key("a", "1")))
+  number(1, tq.publish(self.g, db, key("b", "2")))
   luaunit.assertEquals({#all, #one}, {2, 1})
   stop_one()
-  number(1, publish(self.g, db, key("a", "3")))
+  number(1, tq.publish(self.g, db, key("a", "3")))
   luaunit.assertEquals({#all, #one}, {3, 1})
   stop_all()
 end
@@ -69,13 +61,13 @@ function TestPublish:testSubscriberUsesTheStore()
   local id, subscription = probe.subscribe(g, db, "count", message, function(m)
     local value = kit.tq_obj.bytes(m.value, m.length)
     number(0, tq.set(g, db, key("last", value)))
-    if value == "again" then number(1, publish(g, db, key("count", "inner"))) end
+    if value == "again" then number(1, tq.publish(g, db, key("count", "inner"))) end
     if value == "fail" then error("subscriber failed", 0) end
   end)
-  number(1, publish(g, db, key("count", "again")))
+  number(1, tq.publish(g, db, key("count", "again")))
   luaunit.assertEquals(kit.stored(g, "last"), "inner")
-  luaunit.assertErrorMsgEquals("subscriber failed", publish, g, db, key("count", "fail"))
-  number(1, publish(g, db, key("count", "after")))
+  luaunit.assertErrorMsgEquals("subscriber failed", tq.publish, g, db, key("count", "fail"))
+  number(1, tq.publish(g, db, key("count", "after")))
   luaunit.assertEquals(kit.stored(g, "last"), "after")
   luaunit.assertEquals(probe.unsubscribe(g, id, subscription), 0)
 end
