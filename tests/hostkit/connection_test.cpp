@@ -1,9 +1,12 @@
+#include <tq_kit/control.h>
 #include <unistd.h>
 
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "all_commands.h"
 #include "kit_fixture.h"
 
 namespace hostkit {
@@ -92,129 +95,41 @@ TEST_F(Runtime, OverwrittenRecordFieldsDoNoHarm) {
 TEST_F(Runtime, DebugShowAllPrintsASummary) {
   Set("s", "v");
   Push("l", "v");
+  int32_t tags[] = {1};
+  Obj hash("h");
+  hash.Field(1, "one");
+  tq_mom_hmset_sync(g, 0, hash, tags, 1);
+  double scores[] = {1};
+  const Obj member("z", "m");
+  void* members[] = {member};
+  tq_mom_zadd_sync(g, 0, scores, members, 1);
+  tq_mom_sadd_sync(g, 0, Obj("m", "v"));
   tq_mom_psetex_sync(g, 3, Obj("e", "v"), 10);
+  tq_mom_psetex_sync(g, 4, Obj("gone", "v"), 5);
+  clock.Advance(5);
+  Push("popped", "v");
+  int left;
+  tq_obj* popped = tq_mom_lpop_sync(g, 0, Obj("popped"), &left);
+  tq_mom_lrange_res_t* range = tq_mom_lrange_sync(g, 0, Obj("l"), 0, -1);
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(tq_mom_debug_show_all(g), TQ_MOM_OK);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
             "connected: yes\n"
-            "db 0: 2 keys: 1 strings, 0 hashes, 1 lists, 0 sets, 0 sorted sets; 0 expire\n"
+            "db 0: 5 keys: 1 strings, 1 hashes, 1 lists, 1 sets, 1 sorted sets; 0 expire\n"
             "db 3: 1 keys: 1 strings, 0 hashes, 0 lists, 0 sets, 0 sorted sets; 1 expire\n"
             "subscriptions: 0\n"
-            "unreleased: 0 results, 0 objects\n");
-}
-
-template <typename Record>
-int Status(Record* result, int (*release)(Record*)) {
-  if (result == nullptr) return TQ_MOM_MALLOC_ERR;
-  const int status = result->error_code;
-  EXPECT_EQ(release(result), TQ_MOM_OK);
-  return status;
-}
-
-// Every command that takes a key, with arguments that are right apart from those given.
-std::vector<std::pair<const char*, int>> RunAll(tq_global_t* g, int db, tq_obj* key) {
-  std::vector<std::pair<const char*, int>> seen;
-  int out = 99;
-  int32_t tags[] = {1};
-  double scores[] = {1};
-  void* members[] = {key};
-  const timeval none = {};
-  tq_mom_psetex_op_t psetex_op = {0, 1000};
-  tq_mom_hmset_op_t hmset_op = {tags, 1, 0};
-  tq_mom_hmsetnx_op_t hmsetnx_op = {tags, 1, 0};
-  const auto popped = [&](tq_obj* object) {
-    tq_mom_tq_obj_free(object);
-    return out;
-  };
-#define TQ_RUN(call) seen.emplace_back(#call, call)
-  TQ_RUN(popped(tq_mom_get_sync(g, db, key, &out)));
-  TQ_RUN(Status(tq_mom_get_ext_sync(g, db, nullptr, key), tq_mom_get_res_free));
-  TQ_RUN(tq_mom_set_sync(g, db, key));
-  TQ_RUN(tq_mom_set_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_setnx_sync(g, db, key));
-  TQ_RUN(tq_mom_setnx_noreply_sync(g, db, key));
-  TQ_RUN(tq_mom_setnx_noreply_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_psetex_sync(g, db, key, 1000));
-  TQ_RUN(tq_mom_psetex_ext_sync(g, db, &psetex_op, key));
-  TQ_RUN(tq_mom_del_sync(g, db, key));
-  TQ_RUN(tq_mom_del_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_exists_sync(g, db, key));
-  TQ_RUN(tq_mom_exists_ext_sync(g, db, nullptr, key));
-  TQ_RUN(Status(tq_mom_incr_sync(g, db, key), tq_mom_incr_res_free));
-  TQ_RUN(Status(tq_mom_incr_ext_sync(g, db, nullptr, key), tq_mom_incr_res_free));
-  TQ_RUN(tq_mom_pexpire_sync(g, db, key, 1, none));
-  TQ_RUN(tq_mom_pdel_sync(g, db, key, 0));
-  TQ_RUN(tq_mom_del_expire_sync(g, db, key, 1, 0));
-  TQ_RUN(tq_mom_pexpire_field_sync(g, db, key, 1, 1, none));
-  TQ_RUN(tq_mom_pexpire_fields_sync(g, db, key, 1, tags, 1, none));
-  TQ_RUN(tq_mom_hmset_sync(g, db, key, tags, 1));
-  TQ_RUN(tq_mom_hmset_ext_sync(g, db, &hmset_op, key));
-  TQ_RUN(tq_mom_hmsetnx_sync(g, db, key, tags, 1));
-  TQ_RUN(tq_mom_hmsetnx_ext_sync(g, db, &hmsetnx_op, key));
-  TQ_RUN(Status(tq_mom_hmget_sync(g, db, key, tags, 1), tq_mom_hash_res_free));
-  TQ_RUN(Status(tq_mom_hgetall_sync(g, db, key), tq_mom_hash_res_free));
-  TQ_RUN(Status(tq_mom_hgetall_ext_sync(g, db, nullptr, key), tq_mom_hash_res_free));
-  TQ_RUN(tq_mom_del_sync(g, db, key));
-  TQ_RUN(tq_mom_lpush_sync(g, db, key));
-  TQ_RUN(tq_mom_lpush_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_rpush_sync(g, db, key));
-  TQ_RUN(tq_mom_rpush_ext_sync(g, db, nullptr, key));
-  TQ_RUN(popped(tq_mom_lpop_sync(g, db, key, &out)));
-  TQ_RUN(popped(tq_mom_lpop_ext_sync(g, db, nullptr, key, &out)));
-  TQ_RUN(popped(tq_mom_rpop_sync(g, db, key, &out)));
-  TQ_RUN(tq_mom_llen_sync(g, db, key));
-  TQ_RUN(tq_mom_llen_ext_sync(g, db, nullptr, key));
-  TQ_RUN(Status(tq_mom_lrange_sync(g, db, key, 0, -1), tq_mom_lrange_res_free));
-  TQ_RUN(Status(tq_mom_lrange_ext_sync(g, db, nullptr, key, 0, -1), tq_mom_lrange_res_free));
-  TQ_RUN(tq_mom_linsert_sync(g, db, key, key, 0));
-  TQ_RUN(tq_mom_linsert_ext_sync(g, db, nullptr, key, key, 0));
-  TQ_RUN(tq_mom_lset_sync(g, db, key, 0));
-  TQ_RUN(tq_mom_lset_ext_sync(g, db, nullptr, key, 0));
-  TQ_RUN(tq_mom_lrem_sync(g, db, key, 1));
-  TQ_RUN(tq_mom_lrem_ext_sync(g, db, nullptr, key, 0));
-  TQ_RUN(popped(tq_mom_rpop_ext_sync(g, db, nullptr, key, &out)));
-  TQ_RUN(tq_mom_sadd_sync(g, db, key));
-  TQ_RUN(tq_mom_sadd_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_sismember_sync(g, db, key));
-  TQ_RUN(tq_mom_sismember_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_scard_sync(g, db, key));
-  TQ_RUN(tq_mom_scard_ext_sync(g, db, nullptr, key));
-  TQ_RUN(Status(tq_mom_smembers_sync(g, db, key), tq_mom_smembers_res_free));
-  TQ_RUN(Status(tq_mom_smembers_ext_sync(g, db, nullptr, key), tq_mom_smembers_res_free));
-  TQ_RUN(tq_mom_srem_sync(g, db, key));
-  TQ_RUN(tq_mom_srem_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_zadd_sync(g, db, scores, members, 1));
-  TQ_RUN(tq_mom_zadd_ext_sync(g, db, nullptr, scores, members, 1));
-  TQ_RUN(tq_mom_zcard_sync(g, db, key));
-  TQ_RUN(tq_mom_zcard_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_zcount_sync(g, db, key, 0, 1));
-  TQ_RUN(tq_mom_zcount_ext_sync(g, db, nullptr, key, 0, 1));
-  TQ_RUN(Status(tq_mom_zrange_sync(g, db, key, 0, -1), tq_mom_zrange_res_free));
-  TQ_RUN(Status(tq_mom_zrange_ext_sync(g, db, nullptr, key, 0, -1), tq_mom_zrange_res_free));
-  TQ_RUN(Status(tq_mom_zrangebyscore_sync(g, db, key, 0, 1), tq_mom_zrangebyscore_res_free));
-  TQ_RUN(Status(tq_mom_zrangebyscore_ext_sync(g, db, nullptr, key, 0, 1), tq_mom_zrangebyscore_res_free));
-  TQ_RUN(tq_mom_zrank_sync(g, db, key));
-  TQ_RUN(tq_mom_zrank_ext_sync(g, db, nullptr, key));
-  TQ_RUN(Status(tq_mom_zscore_sync(g, db, key), tq_mom_zscore_res_free));
-  TQ_RUN(Status(tq_mom_zscore_ext_sync(g, db, nullptr, key), tq_mom_zscore_res_free));
-  TQ_RUN(tq_mom_zremrangebyrank_sync(g, db, key, 5, 6));
-  TQ_RUN(tq_mom_zremrangebyrank_ext_sync(g, db, nullptr, key, 5, 6));
-  TQ_RUN(tq_mom_zremrangebyscore_sync(g, db, key, 5, 6));
-  TQ_RUN(tq_mom_zremrangebyscore_ext_sync(g, db, nullptr, key, 5, 6));
-  TQ_RUN(tq_mom_zrem_sync(g, db, members, 1));
-  TQ_RUN(tq_mom_zrem_ext_sync(g, db, nullptr, members, 1));
-  TQ_RUN(tq_mom_publish_sync(g, db, key));
-  TQ_RUN(tq_mom_publish_ext_sync(g, db, nullptr, key));
-  TQ_RUN(tq_mom_scan_sync(g, db, key, 0, nullptr, nullptr));
-  TQ_RUN(tq_mom_scan_sync(
-      g, db, key, 0, [](tq_global_t*, void*, void*) { return 0; }, nullptr));
-#undef TQ_RUN
-  return seen;
+            "unreleased: 1 results, 1 objects\n")
+      << "objects that the caller made do not count";
+  EXPECT_EQ(tq_mom_lrange_res_free(range), TQ_MOM_OK);
+  EXPECT_EQ(tq_mom_tq_obj_free(popped), TQ_MOM_OK);
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(tq_mom_debug_show_all(g), TQ_MOM_OK);
+  EXPECT_NE(::testing::internal::GetCapturedStdout().find("unreleased: 0 results, 0 objects\n"), std::string::npos);
 }
 
 class Commands : public KitTest {
  protected:
-  static void ExpectAll(int status, const std::vector<std::pair<const char*, int>>& seen) {
+  static void ExpectAll(int status, const std::vector<CommandResult>& seen) {
     for (const auto& [call, got] : seen) EXPECT_EQ(got, status) << call;
   }
   // Usable for every command: the value is a number, so that incr works.
@@ -282,6 +197,86 @@ TEST_F(Commands, NeedAConnection) {
   for (const auto& [call, got] : RunAll(g, 0, key)) EXPECT_GE(got, 0) << call;
 }
 
+// Each with one thing wrong.
+const OwnArguments kWrong[] = {
+    {.tags = nullptr},
+    {.tag_count = 0},
+    {.tag_count = -1},
+    {.milliseconds = 0},
+    {.bound = std::numeric_limits<double>::quiet_NaN()},
+    {.pivot = false},
+    {.where = 2},
+};
+
+// The first check that fails gives the status: runtime, connection, database and key, own arguments, read-only.
+TEST_F(Commands, CheckInOneOrder) {
+  Obj valueless("k");
+  const std::size_t wrong_own = 5;  // the wrong arguments that some command refuses, at the least
+  for (const OwnArguments& wrong : kWrong) ExpectAll(TQ_MOM_INPUT_ERR, RunAll(nullptr, 38, nullptr, wrong));
+
+  Restart("");
+  for (const OwnArguments& wrong : kWrong) {
+    for (const int db : {0, 38}) {
+      for (tq_obj* object :
+           {static_cast<tq_obj*>(key), static_cast<tq_obj*>(valueless), static_cast<tq_obj*>(nullptr)}) {
+        ExpectAll(TQ_MOM_NO_READY, RunAll(g, db, object, wrong));
+      }
+    }
+  }
+  ASSERT_EQ(tq_mom_client_connect_sync(g, 0), TQ_MOM_OK);
+  ASSERT_EQ(tq_kit_read_only(g, 0, 1), TQ_MOM_OK);
+  std::size_t refused = 0;
+  for (const OwnArguments& wrong : kWrong) {
+    const std::vector<CommandResult> right = RunAll(g, 0, key);
+    const std::vector<CommandResult> seen = RunAll(g, 0, key, wrong);
+    for (std::size_t index = 0; index < seen.size(); ++index) {
+      if (seen[index].status == right[index].status) continue;
+      EXPECT_EQ(seen[index].status, TQ_MOM_INPUT_ERR)
+          << seen[index].call << ": a wrong argument comes before read-only";
+      ++refused;
+    }
+  }
+  EXPECT_GE(refused, wrong_own);
+}
+
+TEST_F(Commands, SayWhyTheyFail) {
+  EXPECT_EQ(tq_kit_last_error(nullptr), nullptr);
+  Restart("");
+  tq_mom_llen_sync(g, 0, key);
+  EXPECT_STREQ(tq_kit_last_error(g), "not connected");
+  tq_mom_client_connect_sync(g, 0);
+  EXPECT_STREQ(tq_kit_last_error(g), "");
+  Set("k", "v");
+  tq_mom_llen_sync(g, 0, key);
+  EXPECT_STREQ(tq_kit_last_error(g), "the key holds a string");
+  tq_mom_lset_sync(g, 0, Obj("nobody", "v"), 0);
+  EXPECT_STREQ(tq_kit_last_error(g), "the list has no such element");
+  StatusOf(tq_mom_incr_sync(g, 0, Obj("k")), tq_mom_incr_res_free);
+  EXPECT_STREQ(tq_kit_last_error(g), "the value is no decimal 64-bit number");
+  EXPECT_EQ(tq_mom_exists_sync(g, 0, key), 1);
+  EXPECT_STREQ(tq_kit_last_error(g), "") << "the last call did not fail";
+}
+
+// A write is refused whatever it would do; a read is not.
+TEST_F(Commands, ReadOnlyRefusesWrites) {
+  ASSERT_EQ(tq_mom_set_sync(g, 0, key), TQ_MOM_OK);
+  const std::string before = Dump();
+  ASSERT_EQ(tq_kit_read_only(g, 0, 1), TQ_MOM_OK);
+  for (const auto& [call, got] : RunAll(g, 0, key)) {
+    const std::string_view name(call);
+    bool reads = false;
+    for (const char* read : {"_get_", "exists", "hmget", "hgetall", "llen", "lrange", "sismember", "scard", "smembers",
+                             "zcard", "zcount", "zrange", "zrank", "zscore", "publish", "scan"}) {
+      reads = reads || name.find(read) != std::string_view::npos;
+    }
+    EXPECT_EQ(got == TQ_MOM_GLOBAL_DB_NO_WRITE, !reads) << call << " gave " << got;
+  }
+  EXPECT_EQ(Dump(), before);
+  EXPECT_EQ(tq_mom_set_sync(g, 1, key), TQ_MOM_OK) << "another database";
+  ASSERT_EQ(tq_kit_read_only(g, 0, 0), TQ_MOM_OK);
+  EXPECT_EQ(tq_mom_set_sync(g, 0, key), TQ_MOM_OK);
+}
+
 TEST_F(Commands, RefuseAnotherKindOfValue) {
   ASSERT_EQ(tq_mom_set_sync(g, 0, Obj("string", "1")), TQ_MOM_OK);
   int32_t tags[] = {1};
@@ -301,8 +296,8 @@ TEST_F(Commands, RefuseAnotherKindOfValue) {
   for (const char* kind : {"hash", "list", "set", "sorted"}) {
     EXPECT_EQ(tq_mom_get_sync(g, 0, Obj(kind), &out), nullptr);
     EXPECT_EQ(out, TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_get_ext_sync(g, 0, nullptr, Obj(kind)), tq_mom_get_res_free), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_incr_sync(g, 0, Obj(kind)), tq_mom_incr_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_get_ext_sync(g, 0, nullptr, Obj(kind)), tq_mom_get_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_incr_sync(g, 0, Obj(kind)), tq_mom_incr_res_free), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_setnx_sync(g, 0, Obj(kind, "1")), 0);
   }
   for (const char* kind : {"string", "list", "set", "sorted"}) {
@@ -310,8 +305,8 @@ TEST_F(Commands, RefuseAnotherKindOfValue) {
     object.Field(1, "one");
     EXPECT_EQ(tq_mom_hmset_sync(g, 0, object, tags, 1), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_hmsetnx_sync(g, 0, object, tags, 1), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_hmget_sync(g, 0, object, tags, 1), tq_mom_hash_res_free), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_hgetall_sync(g, 0, object), tq_mom_hash_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_hmget_sync(g, 0, object, tags, 1), tq_mom_hash_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_hgetall_sync(g, 0, object), tq_mom_hash_res_free), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_pexpire_field_sync(g, 0, object, 1, 1, none), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_pexpire_fields_sync(g, 0, object, 1, tags, 1, none), TQ_MOM_INPUT_ERR);
   }
@@ -324,7 +319,7 @@ TEST_F(Commands, RefuseAnotherKindOfValue) {
     EXPECT_EQ(tq_mom_rpop_sync(g, 0, object, &out), nullptr);
     EXPECT_EQ(out, TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_llen_sync(g, 0, object), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_lrange_sync(g, 0, object, 0, -1), tq_mom_lrange_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_lrange_sync(g, 0, object, 0, -1), tq_mom_lrange_res_free), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_linsert_sync(g, 0, object, object, 0), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_lset_sync(g, 0, object, 0), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_lrem_sync(g, 0, object, 0), TQ_MOM_INPUT_ERR);
@@ -335,7 +330,7 @@ TEST_F(Commands, RefuseAnotherKindOfValue) {
     EXPECT_EQ(tq_mom_srem_sync(g, 0, object), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_sismember_sync(g, 0, object), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_scard_sync(g, 0, object), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_smembers_sync(g, 0, object), tq_mom_smembers_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_smembers_sync(g, 0, object), tq_mom_smembers_res_free), TQ_MOM_INPUT_ERR);
   }
   for (const char* kind : {"string", "hash", "list", "set"}) {
     const Obj object(kind, "1");
@@ -344,10 +339,10 @@ TEST_F(Commands, RefuseAnotherKindOfValue) {
     EXPECT_EQ(tq_mom_zrem_sync(g, 0, wrong, 1), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_zcard_sync(g, 0, object), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_zcount_sync(g, 0, object, 0, 1), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_zrange_sync(g, 0, object, 0, -1), tq_mom_zrange_res_free), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_zrangebyscore_sync(g, 0, object, 0, 1), tq_mom_zrangebyscore_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_zrange_sync(g, 0, object, 0, -1), tq_mom_zrange_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_zrangebyscore_sync(g, 0, object, 0, 1), tq_mom_zrangebyscore_res_free), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_zrank_sync(g, 0, object), TQ_MOM_INPUT_ERR);
-    EXPECT_EQ(Status(tq_mom_zscore_sync(g, 0, object), tq_mom_zscore_res_free), TQ_MOM_INPUT_ERR);
+    EXPECT_EQ(StatusOf(tq_mom_zscore_sync(g, 0, object), tq_mom_zscore_res_free), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_zremrangebyrank_sync(g, 0, object, 0, -1), TQ_MOM_INPUT_ERR);
     EXPECT_EQ(tq_mom_zremrangebyscore_sync(g, 0, object, 0, 1), TQ_MOM_INPUT_ERR);
   }
@@ -376,7 +371,7 @@ TEST_F(Commands, ThatNeedAValueRefuseAnObjectWithoutOne) {
            tq_mom_zadd_sync(g, 0, scores, members, 2),
            tq_mom_zrem_sync(g, 0, members, 2),
            tq_mom_zrank_sync(g, 0, bare),
-           Status(tq_mom_zscore_sync(g, 0, bare), tq_mom_zscore_res_free),
+           StatusOf(tq_mom_zscore_sync(g, 0, bare), tq_mom_zscore_res_free),
            tq_mom_publish_sync(g, 0, bare),
        }) {
     EXPECT_EQ(status, TQ_MOM_INPUT_ERR);

@@ -21,6 +21,9 @@ TEST(Glob, StarTakesAnyBytes) {
   EXPECT_TRUE(GlobMatches("*:*:x", "a:b:c:x"));
   EXPECT_FALSE(GlobMatches("*:*:x", "a:x"));
   EXPECT_TRUE(GlobMatches("a**b", "ab"));
+  EXPECT_TRUE(GlobMatches("a**", "a"));
+  EXPECT_TRUE(GlobMatches("a**", "abc"));
+  EXPECT_FALSE(GlobMatches("a**", "b"));
   EXPECT_TRUE(GlobMatches("*\xff*", "a\xff\x01"));
 }
 
@@ -46,6 +49,11 @@ TEST(Glob, Sets) {
   EXPECT_TRUE(GlobMatches("[]]", "]"));
   EXPECT_TRUE(GlobMatches("[a-]", "-"));
   EXPECT_TRUE(GlobMatches("[\\]x]", "]"));
+  EXPECT_TRUE(GlobMatches("[Z-\\]]", "["));
+  EXPECT_TRUE(GlobMatches("[Z-\\]]", "]"));
+  EXPECT_FALSE(GlobMatches("[Z-\\]]", "^"));
+  EXPECT_FALSE(GlobMatches("[Z-\\]]", "\\]")) << "the escaped bracket does not end the set";
+  EXPECT_TRUE(GlobMatches("[a-\\]]", "^")) << "a range goes either way";
   EXPECT_TRUE(GlobMatches("[\xf0-\xff]", "\xf8"));
   EXPECT_FALSE(GlobMatches("[a]", ""));
 }

@@ -1,6 +1,9 @@
+#include <tq_kit/control.h>
+
 #include <csetjmp>
 #include <cstdlib>
 #include <functional>
+#include <thread>
 
 #include "kit_fixture.h"
 
@@ -211,6 +214,48 @@ TEST_F(Scans, LeftAreReleasedWhenTheRuntimeEnds) {
   EXPECT_EQ(Frames(), 1U);
 }
 
+// The frame of a scan that another thread has left is dropped by the next call on this one.
+TEST_F(Scans, CanBeLeftByLongjmpOnAnotherThread) {
+  const Obj pattern("*");
+  std::thread([&] { ScanAndJump(g, pattern); }).join();
+  EXPECT_EQ(Frames(), 1U);
+  Visitor visitor = [&](const auto&) {
+    EXPECT_EQ(Frames(), 1U) << "that of this scan";
+    return 1;
+  };
+  EXPECT_EQ(tq_mom_scan_sync(g, 0, pattern, 0, Visit, &visitor), 1);
+  std::thread([&] { ScanAndJump(g, pattern); }).join();
+  EXPECT_EQ(tq_global_finish(g), TQ_MOM_OK) << "nothing of it is under way here";
+  g = nullptr;
+  Restart("");
+}
+
+// A runtime that a callback ended would be pulled from under the call.
+TEST_F(Scans, CannotEndTheRuntime) {
+  const Obj pattern("*");
+  EXPECT_EQ(Scan("*", 0,
+                 [&](const auto&) {
+                   EXPECT_EQ(tq_global_finish(g), TQ_MOM_ERR);
+                   EXPECT_STRNE(tq_kit_last_error(g), "");
+                   ScanAndJump(g, pattern);
+                   EXPECT_EQ(tq_global_finish(g), TQ_MOM_ERR) << "the outer scan is still under way";
+                   EXPECT_EQ(Get("other"), "other");
+                   return 0;
+                 }),
+            4);
+  EXPECT_EQ(Frames(), 0U);
+}
+
+TEST_F(Scans, OfAnotherRuntimeDoNotKeepThisOne) {
+  tq_global_t* other = tq_global_init("", nullptr);
+  EXPECT_EQ(Scan("other", 0,
+                 [&](const auto&) {
+                   EXPECT_EQ(tq_global_finish(other), TQ_MOM_OK);
+                   return 0;
+                 }),
+            1);
+}
+
 TEST_F(Scans, LetAForeignExceptionThrough) {
   for (int round = 0; round < 10; ++round) {
     EXPECT_THROW(Scan("*", 0, [](const auto&) -> int { throw ForeignError(); }), ForeignError);
@@ -337,6 +382,18 @@ TEST_F(Publishing, ASubscriberCanDoAnything) {
   EXPECT_EQ(Publish("a", "outer"), 1);
   EXPECT_EQ(context.log, (TextList{"first a", "first b", "new"}));
   EXPECT_TRUE(ClientOf(g)->frames.empty());
+}
+
+TEST_F(Publishing, CannotEndTheRuntime) {
+  int status = 0;
+  tq_kit_subscribe(
+      g, 0, "*",
+      [](tq_global_t* runtime, const tq_mom_pubsub_msg_t*, void* context) {
+        *static_cast<int*>(context) = tq_global_finish(runtime);
+      },
+      &status);
+  EXPECT_EQ(Publish("k", "v"), 1);
+  EXPECT_EQ(status, TQ_MOM_ERR);
 }
 
 TEST_F(Publishing, CanBeLeftByLongjmpAndByAForeignException) {

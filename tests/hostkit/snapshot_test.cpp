@@ -161,11 +161,11 @@ TEST_F(Snapshots, CutAtAnyLengthAreRefused) {
   }
 }
 
-TEST_F(Snapshots, WithAnyByteChangedAreRefused) {
+TEST_F(Snapshots, WithAnyBitChangedAreRefused) {
   FillStore();
   const std::string whole = Dump();
   for (std::size_t index = 0; index < whole.size(); ++index) {
-    for (const int mask : {0x01, 0x80, 0xff}) {
+    for (int mask = 1; mask <= 0x80; mask <<= 1) {
       std::string changed = whole;
       changed[index] = static_cast<char>(changed[index] ^ mask);
       Store store;
@@ -226,6 +226,34 @@ TEST_F(Snapshots, WithARightSumButImpossibleContentsAreRefused) {
     EXPECT_EQ(DecodeSnapshot(Seal(payload), clock, &store).text(), "its contents are damaged");
     EXPECT_EQ(store.Names(0).size(), 1U) << "the store is as before";
   }
+}
+
+TEST_F(Snapshots, ADeadlineThatTheClockCannotReachIsRefused) {
+  using std::string_literals::operator""s;
+  clock.calendar = 0;
+  clock.steady = 1;
+  const std::string latest = "\xff\xff\xff\xff\xff\xff\xff\x7f"s;
+  const auto decode = [&](const std::string& time) {
+    Store store;
+    return DecodeSnapshot(Seal("\0\0\1\0\0\0k\1"s + time + "\1\0\0\0v"s), clock, &store).ok();
+  };
+  EXPECT_FALSE(decode(latest));
+  clock.steady = 0;
+  EXPECT_TRUE(decode(latest));
+}
+
+TEST_F(Snapshots, LeaveOutWhatHasExpired) {
+  ASSERT_EQ(tq_mom_bgsave_sync(g, 0), TQ_MOM_OK);
+  const std::string empty = ReadFile();
+  tq_mom_psetex_sync(g, 0, Obj("gone", "v"), 10);
+  Obj hash("hash");
+  hash.Field(1, "one");
+  int32_t tags[] = {1};
+  tq_mom_hmset_sync(g, 0, hash, tags, 1);
+  tq_mom_pexpire_field_sync(g, 0, hash, 10, 1, NoTimeout());
+  clock.Advance(10);
+  ASSERT_EQ(tq_mom_bgsave_sync(g, 0), TQ_MOM_OK);
+  EXPECT_EQ(ReadFile(), empty);
 }
 
 TEST_F(Snapshots, RefusalIsToldAndLeavesTheFileAlone) {

@@ -1,0 +1,312 @@
+// The client functions over engines that fail, and over one that brings messages.
+#include <tq_kit/control.h>
+
+#include <deque>
+#include <exception>
+#include <functional>
+#include <new>
+#include <stdexcept>
+
+#include "all_commands.h"
+#include "hostkit/engine_wrapper.h"
+#include "kit_fixture.h"
+
+namespace hostkit {
+namespace {
+
+// Fails each call by a status or by an exception while it is told to.
+class FaultyEngine : public EngineWrapper {
+ public:
+  explicit FaultyEngine(std::unique_ptr<Engine> inner) : EngineWrapper(std::move(inner)) {}
+
+  std::function<Status()> fault;
+  std::string only;  // the method that fails; all for an empty name
+
+ protected:
+  Status Before(const char* method) override { return fault && (only.empty() || only == method) ? fault() : Status(); }
+};
+
+class EngineDoubles : public KitTest {
+ protected:
+  void SetUp() override {
+    auto made = std::make_unique<FaultyEngine>(std::make_unique<MemoryEngine>(clock, ""));
+    faulty = made.get();
+    g = StartRuntime(nullptr, std::move(made));
+    ASSERT_NE(g, nullptr);
+    ASSERT_EQ(tq_mom_client_connect_sync(g, 0), TQ_MOM_OK);
+    key.Field(1, "one");
+  }
+  void TearDown() override {
+    EXPECT_EQ(tq_global_finish(g), TQ_MOM_OK);
+    EXPECT_EQ(tq_kit_live_results(), 0U);
+    EXPECT_EQ(tq_kit_live_objects(), 1U) << "the key";
+  }
+
+  FaultyEngine* faulty = nullptr;
+  Obj key{"k", "1"};
+};
+
+TEST_F(EngineDoubles, EachStatusReachesTheCaller) {
+  const std::pair<StatusCode, int> codes[] = {
+      {StatusCode::kWrongKind, TQ_MOM_INPUT_ERR},  {StatusCode::kOutOfMemory, TQ_MOM_MALLOC_ERR},
+      {StatusCode::kUnavailable, TQ_MOM_NO_READY}, {StatusCode::kReadOnly, TQ_MOM_GLOBAL_DB_NO_WRITE},
+      {StatusCode::kOutcomeUnknown, TQ_MOM_ERR},   {StatusCode::kNotSupported, TQ_MOM_ERR},
+      {StatusCode::kFailed, TQ_MOM_ERR},
+  };
+  for (const auto& [code, status] : codes) {
+    const StatusCode failing = code;
+    faulty->fault = [failing] { return Status(failing, "told by the engine"); };
+    for (const auto& [call, got] : RunAll(g, 0, key)) EXPECT_EQ(got, status) << call;
+    EXPECT_STREQ(tq_kit_last_error(g), "told by the engine");
+    EXPECT_EQ(tq_mom_bgsave_sync(g, 0), status);
+    EXPECT_EQ(tq_global_run(g), status);
+    EXPECT_EQ(tq_mom_client_connect_sync(g, 0), status);
+    EXPECT_EQ(tq_kit_clear(g, 0), status);
+  }
+  EXPECT_TRUE(ClientOf(g)->frames.empty());
+}
+
+// A store that is out of memory is told by a record; without memory here there is no record.
+TEST_F(EngineDoubles, OutOfMemoryThereAndHere) {
+  faulty->fault = [] { return Status(StatusCode::kOutOfMemory, "the store is full"); };
+  tq_mom_lrange_res_t* result = tq_mom_lrange_sync(g, 0, key, 0, -1);
+  ASSERT_NE(result, nullptr);
+  EXPECT_EQ(result->error_code, TQ_MOM_MALLOC_ERR);
+  EXPECT_EQ(tq_mom_lrange_res_free(result), TQ_MOM_OK);
+  faulty->fault = []() -> Status { throw std::bad_alloc(); };
+  EXPECT_EQ(tq_mom_lrange_sync(g, 0, key, 0, -1), nullptr);
+  EXPECT_STREQ(tq_kit_last_error(g), "out of memory");
+}
+
+struct OtherException : std::exception {
+  const char* what() const noexcept override { return "something else"; }
+};
+
+TEST_F(EngineDoubles, EachExceptionBecomesAStatus) {
+  const std::pair<std::function<Status()>, int> throwing[] = {
+      {[]() -> Status { throw std::bad_alloc(); }, TQ_MOM_MALLOC_ERR},
+      {[]() -> Status { throw std::length_error("too long"); }, TQ_MOM_MALLOC_ERR},
+      {[]() -> Status { throw std::runtime_error("a long text that does not fit into a short string"); }, TQ_MOM_ERR},
+      {[]() -> Status { throw OtherException(); }, TQ_MOM_ERR},
+  };
+  for (const auto& [fault, status] : throwing) {
+    faulty->fault = fault;
+    for (const auto& [call, got] : RunAll(g, 0, key)) EXPECT_EQ(got, status) << call;
+    EXPECT_EQ(tq_mom_debug_show_all(g), status);
+  }
+  EXPECT_STREQ(tq_kit_last_error(g), "something else");
+  EXPECT_TRUE(ClientOf(g)->frames.empty());
+}
+
+TEST_F(EngineDoubles, AFailedPublishReachesNobody) {
+  int calls = 0;
+  ASSERT_GT(tq_kit_subscribe(
+                g, 0, "*",
+                [](tq_global_t*, const tq_mom_pubsub_msg_t*, void* context) { ++*static_cast<int*>(context); }, &calls),
+            0);
+  faulty->only = "Publish";
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  EXPECT_EQ(tq_mom_publish_sync(g, 0, key), TQ_MOM_NO_READY);
+  faulty->fault = []() -> Status { throw std::bad_alloc(); };
+  EXPECT_EQ(tq_mom_publish_sync(g, 0, key), TQ_MOM_MALLOC_ERR);
+  EXPECT_EQ(calls, 0);
+  EXPECT_TRUE(ClientOf(g)->frames.empty());
+  faulty->fault = nullptr;
+  EXPECT_EQ(tq_mom_publish_sync(g, 0, key), 1);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(EngineDoubles, AFailedSubscribeLeavesNone) {
+  const tq_kit_subscriber never = [](tq_global_t*, const tq_mom_pubsub_msg_t*, void*) { ADD_FAILURE(); };
+  faulty->only = "Subscribe";
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  EXPECT_EQ(tq_kit_subscribe(g, 0, "*", never, nullptr), TQ_MOM_NO_READY);
+  EXPECT_TRUE(ClientOf(g)->subscriptions.empty());
+  faulty->fault = nullptr;
+  const int id = tq_kit_subscribe(g, 0, "*", never, nullptr);
+  EXPECT_EQ(id, 1);
+  faulty->only = "Unsubscribe";
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  EXPECT_EQ(tq_kit_unsubscribe(g, id), TQ_MOM_NO_READY);
+  EXPECT_TRUE(ClientOf(g)->subscriptions.empty()) << "the context may be released now";
+}
+
+// The elements of a batch, which the caller's writes make stale.
+class BatchCursor : public Cursor {
+ public:
+  explicit BatchCursor(std::unique_ptr<Cursor> inner) : inner_(std::move(inner)) {}
+
+  Status Next(std::size_t most, std::vector<Element>* batch) override {
+    while (batch->size() < most) {
+      const std::size_t before = batch->size();
+      if (Status status = inner_->Next(most - before, batch); !status.ok()) return status;
+      if (batch->size() == before) break;
+    }
+    return {};
+  }
+
+ private:
+  const std::unique_ptr<Cursor> inner_;
+};
+
+class BatchEngine : public EngineWrapper {
+ public:
+  using EngineWrapper::EngineWrapper;
+
+  Status Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) override {
+    std::unique_ptr<Cursor> one;
+    Status status = inner().Scan(pattern, bring, &one);
+    *cursor = std::make_unique<BatchCursor>(std::move(one));
+    return status;
+  }
+};
+
+class Batches : public KitTest {
+ protected:
+  void SetUp() override {
+    g = StartRuntime(nullptr, std::make_unique<BatchEngine>(std::make_unique<MemoryEngine>(clock, "")));
+    ASSERT_EQ(tq_mom_client_connect_sync(g, 0), TQ_MOM_OK);
+  }
+};
+
+TEST_F(Batches, AScanSeesItsCallersOwnWrites) {
+  for (const char* name : {"a", "b", "c", "d"}) Set(name, name);
+  std::vector<std::string> seen;
+  EXPECT_EQ(tq_mom_scan_sync(
+                g, 0, Obj("*"), 0,
+                [](tq_global_t* runtime, void* message, void* context) {
+                  auto* element = static_cast<tq_mom_scan_all_msg_t*>(message);
+                  auto* texts = static_cast<std::vector<std::string>*>(context);
+                  texts->push_back(std::string(element->key) + "=" + reinterpret_cast<const char*>(element->value));
+                  tq_mom_del_sync(runtime, 0, Obj("c"));
+                  tq_mom_set_sync(runtime, 0, Obj("d", "changed"));
+                  return 0;
+                },
+                &seen),
+            3);
+  EXPECT_EQ(seen, (std::vector<std::string>{"a=a", "b=b", "d=changed"}));
+  EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 2, nullptr, nullptr), 2);
+  EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 0, nullptr, nullptr), 3);
+}
+
+// Brings messages by Poll, as a server does.
+class PollingEngine : public EngineWrapper {
+ public:
+  using EngineWrapper::EngineWrapper;
+
+  bool Supports(Feature feature) const override { return feature == Feature::kMessagesByPoll; }
+  Status Subscribe(const Request& pattern) override {
+    log.push_back("+" + std::string(pattern.name));
+    return {};
+  }
+  Status Unsubscribe(const Request& pattern) override {
+    log.push_back("-" + std::string(pattern.name));
+    return {};
+  }
+  Status Publish(const Request& request, std::string_view message, std::int64_t* receivers) override {
+    arriving.push_back({request.db, "*", std::string(request.name), std::string(message)});
+    *receivers = 2;
+    return {};
+  }
+  Status Poll(TimeLimit wait, std::vector<Message>* messages) override {
+    waited = wait;
+    messages->insert(messages->end(), arriving.begin(), arriving.end());
+    arriving.clear();
+    return {};
+  }
+
+  std::vector<std::string> log;
+  std::vector<Message> arriving;
+  TimeLimit waited = {};
+};
+
+class Polling : public KitTest {
+ protected:
+  void SetUp() override {
+    auto made = std::make_unique<PollingEngine>(std::make_unique<MemoryEngine>(clock, ""));
+    polling = made.get();
+    g = StartRuntime(nullptr, std::move(made));
+    ASSERT_EQ(tq_mom_client_connect_sync(g, 0), TQ_MOM_OK);
+  }
+
+  static void Take(tq_global_t*, const tq_mom_pubsub_msg_t* message, void* context) {
+    static_cast<std::vector<std::string>*>(context)->push_back(
+        std::string(message->key) + "=" + std::string(static_cast<const char*>(message->value), message->length));
+  }
+
+  PollingEngine* polling = nullptr;
+  std::vector<std::string> seen;
+};
+
+TEST_F(Polling, MessagesArriveByPollAlone) {
+  ASSERT_EQ(tq_kit_subscribe(g, 0, "*", Take, &seen), 1);
+  ASSERT_EQ(tq_kit_subscribe(g, 0, "other*", Take, &seen), 2);
+  EXPECT_EQ(tq_mom_publish_sync(g, 0, Obj("k", "v")), 2) << "what the engine counts";
+  EXPECT_TRUE(seen.empty()) << "nothing arrives twice";
+  EXPECT_EQ(tq_kit_poll(g, 1500), 1);
+  EXPECT_EQ(polling->waited, TimeLimit(1500));
+  EXPECT_EQ(seen, (std::vector<std::string>{"k=v"}));
+  tq_mom_publish_sync(g, 0, Obj("k", "again"));
+  EXPECT_EQ(tq_global_run(g), TQ_MOM_OK);
+  EXPECT_EQ(polling->waited, TimeLimit(0));
+  EXPECT_EQ(seen, (std::vector<std::string>{"k=v", "k=again"}));
+}
+
+TEST_F(Polling, APatternIsSubscribedToOnce) {
+  const int first = tq_kit_subscribe(g, 0, "*", Take, &seen);
+  const int second = tq_kit_subscribe(g, 0, "*", Take, &seen);
+  EXPECT_EQ(tq_kit_unsubscribe(g, first), TQ_MOM_OK);
+  EXPECT_EQ(tq_kit_unsubscribe(g, second), TQ_MOM_OK);
+  EXPECT_EQ(polling->log, (std::vector<std::string>{"+*", "-*"}));
+}
+
+struct ForeignError {};
+
+TEST_F(Polling, WhatACallbackLeftIsDeliveredLater) {
+  const int failing = tq_kit_subscribe(
+      g, 0, "*", [](tq_global_t*, const tq_mom_pubsub_msg_t*, void*) { throw ForeignError(); }, nullptr);
+  for (const char* value : {"1", "2", "3"}) tq_mom_publish_sync(g, 0, Obj("k", value));
+  EXPECT_THROW(tq_global_run(g), ForeignError);
+  tq_kit_unsubscribe(g, failing);
+  tq_kit_subscribe(g, 0, "*", Take, &seen);
+  EXPECT_EQ(tq_kit_poll(g, 1000), 2);
+  EXPECT_EQ(polling->waited, TimeLimit(0)) << "there is something to deliver";
+  EXPECT_EQ(seen, (std::vector<std::string>{"k=2", "k=3"}));
+}
+
+// What a runtime remembers of delivered fields is bounded.
+TEST(SeenFieldsTest, TheOldestHashesAreForgottenFirst) {
+  SeenFields seen(4);
+  const std::vector<Field> pair = {{1, "a"}, {2, "b"}};
+  const auto read = [&](const char* name) {
+    const std::size_t changed = seen.Changed(0, name, pair).size();
+    seen.Deliver(0, name, pair, nullptr);
+    return changed;
+  };
+  EXPECT_EQ(read("one"), 2U);
+  EXPECT_EQ(read("one"), 0U);
+  EXPECT_EQ(read("two"), 2U);
+  EXPECT_EQ(read("one"), 0U) << "there is room for both";
+  EXPECT_EQ(read("three"), 2U);
+  EXPECT_EQ(read("one"), 0U);
+  EXPECT_EQ(read("two"), 2U) << "it was read longest ago";
+}
+
+TEST(SeenFieldsTest, WhatIsNotThereAnyMoreIsForgotten) {
+  SeenFields seen;
+  const std::vector<Field> pair = {{1, "a"}, {2, "b"}};
+  const std::vector<Field> one = {{1, "a"}};
+  seen.Changed(0, "h", pair);
+  seen.Deliver(0, "h", pair, nullptr);
+  const std::vector<FieldTag> asked = {1, 2};
+  const std::span<const FieldTag> tags(asked);
+  EXPECT_TRUE(seen.Changed(0, "h", one).empty());
+  seen.Deliver(0, "h", one, &tags);
+  EXPECT_EQ(seen.Changed(0, "h", pair), (std::vector<FieldTag>{2})) << "it came back";
+  EXPECT_EQ(seen.Changed(1, "h", one).size(), 1U) << "another database";
+  seen.Deliver(0, "h", {}, nullptr);
+  EXPECT_EQ(seen.Changed(0, "h", pair).size(), 2U) << "the hash was gone meanwhile";
+}
+
+}  // namespace
+}  // namespace hostkit
