@@ -10,6 +10,7 @@ target_compile_options(
             -ffunction-sections
             -fdata-sections
             -fasynchronous-unwind-tables
+            $<$<NOT:$<CONFIG:MinSizeRel>>:-fno-plt>
             $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions>
             $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
             $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>

@@ -51,9 +51,9 @@ timeval ToTimeout(lua_State* L, int index) {
 Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
   Slot* slot = slots;
   for (int index = 1; index <= command.count; ++index, ++slot) {
-    Kind kind = command.parameters[index - 1].kind();
-    ReadArgument(L, command, index, kind, slots, slot);
-    if (IsArray(kind)) ++slot;
+    Parameter parameter = command.parameters[index - 1];
+    ReadArgument(L, command, index, parameter.kind(), parameter.type(), slots, slot);
+    if (IsArray(parameter.kind())) ++slot;
   }
   return slot;
 }

@@ -65,15 +65,15 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   return BuildMembers(L, index, &elements->pointer, count);
 }
 
-// Converts the argument at the index to the slot, or raises its error. The kind is the command's for this argument,
-// once more, so that code for one kind can be had by giving it as a constant.
+// Converts the argument at the index to the slot, or raises its error. Kind and type are the command's for this
+// argument, once more, so that code for one kind can be had by giving it as a constant.
 [[gnu::always_inline]] inline void ReadArgument(lua_State* L, const CommandRow& command, int index, Kind kind,
-                                                Slot* slots, Slot* slot) {
+                                                TypeId type, Slot* slots, Slot* slot) {
   const char* error = nullptr;
   bool converted = true;
   switch (kind) {
     case Kind::kHandle:
-      if (!ConvertExact(L, index, &slot->pointer, command.parameters[index - 1].type())) {
+      if (!ConvertExact(L, index, &slot->pointer, type)) {
         slot->pointer = ConvertOther(L, command, index);
       }
       break;
@@ -131,7 +131,10 @@ template <class... Word>
   (
       [&] {
         if constexpr (!Meaning<Word>::kIsOut) {
-          ReadArgument(L, command, ++index, Meaning<Word>::kParameter.kind(), slots, slot);
+          constexpr Parameter kParameter = Meaning<Word>::kParameter;
+          ++index;
+          TypeId type = std::is_same_v<Word, Store> ? kParameter.type() : command.parameters[index - 1].type();
+          ReadArgument(L, command, index, kParameter.kind(), type, slots, slot);
         }
         slot += Meaning<Word>::Natives::kCount;
       }(),
@@ -171,7 +174,6 @@ struct FastInvoker<Result, List<Word...>, List<Native...>> {
   static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
     constexpr int kCount = (0 + ... + int{!Meaning<Word>::kIsOut});
     constexpr bool kHasOut = kCount != sizeof...(Word);
-    constexpr bool kHasArrays = (IsArray(Meaning<Word>::kParameter.kind()) || ...);
     if (lua_gettop(L) != kCount) RejectCount(L, command);
     binding::Handle* handle = nullptr;
     if constexpr (std::is_pointer_v<Result>) handle = PushResultHandle(L, command);
@@ -181,7 +183,10 @@ struct FastInvoker<Result, List<Word...>, List<Native...>> {
     if constexpr (kHasOut) slots[sizeof...(Native) - 1].pointer = &out;
     auto function = reinterpret_cast<Result (*)(typename Native::Type...)>(client);
     Result result = Call(function, slots, std::index_sequence_for<Native...>());
-    if constexpr (kHasArrays) FreeArrays(command, kCount, slots);
+    const Slot* slot = slots;
+    ((IsArray(Meaning<Word>::kParameter.kind()) ? std::free(slot->pointer) : void(),
+      slot += Meaning<Word>::Natives::kCount),
+     ...);
     if constexpr (std::is_pointer_v<Result>) {
       FillResultHandle(L, handle, result);
     } else {
@@ -232,8 +237,10 @@ constexpr Invoker InvokerFor(Shape<Result(Words...)>, List<Native...>) {
   if constexpr (kOptimizeForSize) {
     return ShortInvoker<SlotType<ErasedResult>, SlotType<typename Native::Type>...>::Invoke;
   } else {
-    return FastInvoker<ErasedResult, List<std::conditional_t<std::is_pointer_v<Words>, Store, Words>...>,
-                       List<Passed<typename Native::Type>...>>::Invoke;
+    return FastInvoker<
+        ErasedResult,
+        List<std::conditional_t<std::is_pointer_v<Words> && !std::is_same_v<Words, Store>, AnyRecord, Words>...>,
+        List<Passed<typename Native::Type>...>>::Invoke;
   }
 }
 

@@ -27,6 +27,7 @@ struct Members;
 struct ScoresAlone;  // of a client function that takes no count of them; no command has it
 struct Callback;     // a function or nil; what it becomes is the command's own affair
 struct Anything;     // the same for any value, and a void *
+struct AnyRecord;    // a record of whatever type, for shared code
 struct Out;          // no argument but a second result, for which the client function takes an int *
 
 // One argument of a client function. An array takes two: its elements and their number.
@@ -106,6 +107,8 @@ template <class T>
 requires std::is_class_v<T>
 struct Meaning<T*> : Means<Parameter(kTypeOf<T>), PassedPointer<T>> {
 };
+template <>
+struct Meaning<AnyRecord> : Means<Parameter(kVoid), PassedPointer<void>> {};
 template <>
 struct Meaning<Key> : Means<Parameter(Kind::kKey), PassedPointer<void, tq_obj>> {};
 template <>
