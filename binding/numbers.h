@@ -51,8 +51,21 @@ constexpr double DoubleOf(std::int64_t number) {
   return std::bit_cast<double>(number < 0 ? bits | std::uint64_t{1} << 63 : bits);
 }
 
+// The same for a number of 32 bits, which a double holds exactly.
+constexpr double DoubleOf(int number) {
+  if (number == 0) return 0;
+  auto magnitude = static_cast<std::uint32_t>(number);
+  if (number < 0) magnitude = 0 - magnitude;
+  auto shift = static_cast<unsigned>(std::countl_zero(magnitude));
+  magnitude <<= shift;
+  std::uint32_t high = ((1023U + 31 - 1 - shift) << 20) + (magnitude >> 11);
+  if (number < 0) high |= std::uint32_t{1} << 31;
+  return std::bit_cast<double>(std::uint64_t{high} << 32 | magnitude << 21);
+}
+
 // Pushes the number as a Lua float.
-inline void PushNumber(lua_State* L, std::int64_t number) {
+template <class Integer>
+void PushNumber(lua_State* L, Integer number) {
 #ifdef __SOFTFP__
   lua_pushnumber(L, DoubleOf(number));
 #else

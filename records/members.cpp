@@ -85,7 +85,7 @@ void PushMember(lua_State* L, char* member, const FieldRow& field) {
     case FieldKind::kInt:
       return binding::PushNumber(L, Load<int>(member));
     case FieldKind::kShort:
-      return binding::PushNumber(L, Load<short>(member));
+      return binding::PushNumber(L, int{Load<short>(member)});
     case FieldKind::kSize:
       return binding::PushNumber(L, static_cast<std::int64_t>(Load<std::size_t>(member)));
     case FieldKind::kInt64:
