@@ -1,0 +1,15 @@
+# The device build runs on old devices: its symbol versions are the C library's first for the ARM EABI, its code is
+# ARMv5TE.
+cmake_minimum_required(VERSION 3.25)
+foreach(module IN LISTS MODULES)
+  execute_process(COMMAND ${READELF} --version-info --wide ${module} OUTPUT_VARIABLE versions COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${READELF} --arch-specific ${module} OUTPUT_VARIABLE attributes COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "Name: [A-Z]+_[0-9.]+" needed "${versions}")
+  list(REMOVE_DUPLICATES needed)
+  if(NOT needed STREQUAL "Name: GLIBC_2.4")
+    message(SEND_ERROR "${module} needs the symbol versions: ${needed}")
+  endif()
+  if(NOT attributes MATCHES "Tag_CPU_arch: v5TE\n" OR attributes MATCHES "Tag_ABI_VFP_args|Tag_FP_arch")
+    message(SEND_ERROR "${module} is not soft-float ARMv5TE code:\n${attributes}")
+  endif()
+endforeach()
