@@ -155,18 +155,18 @@ function tq_kit.show(value, elements) end
 function tq_kit.printer(print_line) end
 
 ---A subscription. It stays in force until it is cancelled or the runtime ends, held by the script or not.
----@class tq_kit.subscription: tq_pointer
+---@class tq_kit.subscription
 ---@field cancel fun(self: tq_kit.subscription): boolean Ends the subscription; also from inside its callback.
 
 ---What a key holds. To `tq_kit.load` the kind may be left to the one part that is there, and a text stands for a string.
----@class tq_kit.entry: tq_pointer
----@field kind string `string`, `hash`, `list`, `set` or `sorted_set`
----@field remaining integer [ms] until the key expires; nil for never
----@field value string of a string
----@field fields table<integer, string> of a hash, by number
----@field field_remaining table<integer, integer> [ms] until fields of a hash expire, by number
----@field elements string [] of a list, in its order
----@field members string [] of a set; a dump gives them in the order of their bytes
----@field scores table<string, number> of a sorted set, by member
+---@class tq_kit.entry
+---@field kind? string `string`, `hash`, `list`, `set` or `sorted_set`
+---@field remaining? integer [ms] until the key expires; nil for never
+---@field value? string of a string
+---@field fields? table<integer, string> of a hash, by number
+---@field field_remaining? table<integer, integer> [ms] until fields of a hash expire, by number
+---@field elements? string [] of a list, in its order
+---@field members? string [] of a set; a dump gives them in the order of their bytes
+---@field scores? table<string, number> of a sorted set, by member
 
 return tq_kit

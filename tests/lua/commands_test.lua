@@ -58,6 +58,9 @@ local function good_values(command)
   local values, expected = {n = #command.arguments}, {}
   for i, argument in ipairs(command.arguments) do
     values[i], expected[i] = good[argument.kind](argument.class)
+    if values[i] == some_key and values[i - 1] == some_key then
+      values[i], expected[i] = other_key, support.pointer_of(other_key)
+    end
   end
   return values, expected
 end
@@ -266,7 +269,7 @@ end
 
 -- What the client function has to be called with, from what each argument stands for.
 local function client_arguments(command, expected)
-  local arguments, count, fields, op = {}, nil, nil, nil
+  local arguments, fields, op = {}, nil, nil
   local function take(value) arguments[#arguments + 1] = value end
   local builds_option = command.name == "hmset_ext" or command.name == "hmsetnx_ext"
   for i, argument in ipairs(command.arguments) do
@@ -280,8 +283,7 @@ local function client_arguments(command, expected)
       take(expected[i])
     elseif argument.kind == "members" then
       take(expected[i])
-      count = #expected[i]
-      take(count)
+      take(#expected[i])
     elseif argument.kind ~= "callback" and argument.kind ~= "any" then
       if argument.kind == "op" then op = expected[i] end
       take(expected[i])

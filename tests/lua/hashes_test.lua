@@ -135,35 +135,6 @@ function TestHashes:test_ext_builds_a_record_of_its_own()
   end
 end
 
-function TestHashes:test_names_in_messages_of_the_builders()
-  support.raises("Error in _tq_mom_hmsetnx_ext_sync expected 5..5 args, got 4", tq.hmsetnx_ext, self.global, 0, nil,
-    self.key)
-  support.raises("Error in _tq_mom_hmset_ext_sync (arg 3), expected 'tq_mom_hmset_op_t *' got 'number'", tq.hmset_ext,
-    self.global, 0, 1, self.key, {})
-  support.raises("Error in hmset_ext (arg 3), expected 'struct tq_mom_hmset_op_s *|tq_mom_hmset_op_s *|" ..
-    "tq_mom_hmset_op_t *' got 'struct tq_mom_hmsetnx_op_s *|tq_mom_hmsetnx_op_s *|tq_mom_hmsetnx_op_t *'", tq.hmset_ext,
-    self.global, 0, self.option_nx, self.key, {})
-end
-
-function TestHashes:test_results()
-  for name, client in pairs {hmget = "tq_mom_hmget_sync", hgetall = "tq_mom_hgetall_sync"} do
-    recorder.reset()
-    local arguments = name == "hmget" and {{1}} or {}
-    luaunit.assertEquals(table.pack(tq[name](self.global, 0, self.key, table.unpack(arguments))), {n = 1})
-    local record = recorder.alloc(64)
-    recorder.returns(client, record)
-    local result = tq[name](self.global, 0, self.key, table.unpack(arguments))
-    support.is_handle(result, "struct tq_mom_hash_res_s *|tq_mom_hash_res_s *|tq_mom_hash_res_t *", record)
-    recorder.reset()
-    tq.hash_res_free(result)
-    luaunit.assertEquals(support.only_call()[1], record)
-    result = nil
-    collectgarbage()
-    luaunit.assertTrue(recorder.is_live(record))
-    recorder.free(record)
-  end
-end
-
 local function takers(self)
   return {
     {"hmset", function(fields) return tq.hmset(self.global, 0, self.key, fields) end},

@@ -11,17 +11,6 @@ function TestOptions:setUp()
   recorder.reset()
 end
 
-local function attributes(class)
-  local names = {}
-  for name in pairs(debug.getregistry().SWIG[class][".get"]) do names[#names + 1] = name end
-  table.sort(names)
-  return names
-end
-
-function TestOptions:test_a_fresh_record()
-  luaunit.assertEquals(tq.set_op_t().flag, 0.0)
-end
-
 function TestOptions:test_their_names_have_no_prefix()
   for _, class in ipairs(catalog.classes) do
     if class.name:find("_op_t$") then
@@ -31,43 +20,12 @@ function TestOptions:test_their_names_have_no_prefix()
   end
 end
 
-function TestOptions:test_attributes()
-  luaunit.assertEquals(attributes "psetex_op_t", {"flag", "milseconds"})
-  luaunit.assertEquals(attributes "hmset_op_t", {"flag"})
-  luaunit.assertEquals(attributes "hmsetnx_op_t", {"flag"})
-  luaunit.assertEquals(attributes "hmupdate_op_t", {"flag"})
-end
-
 function TestOptions:test_the_record_itself_is_passed()
   local option = tq.psetex_op_t()
   option.flag = 3
   option.milseconds = 1500
   tq.psetex_ext(nil, 0, option, nil)
   luaunit.assertEquals(support.only_call().op, {address = support.pointer_of(option), flag = 3, milseconds = 1500})
-end
-
-function TestOptions:test_nil_is_a_null_option()
-  tq.psetex_ext(nil, 0, nil, nil)
-  local call = support.only_call()
-  luaunit.assertEquals(call[3], 0)
-  luaunit.assertNil(call.op)
-end
-
-function TestOptions:test_the_wrong_option_record()
-  support.raises("Error in set_ext (arg 3), expected 'struct tq_mom_set_op_s *|tq_mom_set_op_s *|tq_mom_set_op_t *' " ..
-    "got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.set_ext, nil, 0, tq.get_op_t(), nil)
-end
-
-function TestOptions:test_messages_of_accessors()
-  local option = tq.psetex_op_t()
-  support.raises_bare("Error in tq_mom_psetex_op_s::milseconds (arg 2), expected 'int' got 'table'", support.set_field,
-    option, "milseconds", {})
-  local setter = debug.getregistry().SWIG.psetex_op_t[".set"].milseconds
-  support.raises("Error in tq_mom_psetex_op_s::milseconds (arg 1), expected 'struct tq_mom_psetex_op_s *' got 'number'",
-    setter, 1, 1)
-  support.raises("Error in psetex_op_t_milseconds_set (arg 1), expected 'struct tq_mom_psetex_op_s *|" ..
-    "tq_mom_psetex_op_s *|tq_mom_psetex_op_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'",
-    setter, tq.get_op_t(), 1)
 end
 
 -- Scripts cannot reach the two words before the flag of the hash writes.

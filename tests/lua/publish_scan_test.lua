@@ -1,28 +1,9 @@
--- Publish, scan with its callback, and the exported reference functions.
+-- Scan with its callback, and the exported reference functions.
 local luaunit = require "luaunit"
 local support = require "support"
 
 local recorder, tq = support.recorder, support.tq
 local word = recorder.word
-
-TestPublish = {}
-
-function TestPublish:setUp()
-  recorder.reset()
-end
-
-function TestPublish:test_publishing()
-  local global, key = tq.tq_global_t(), tq.get_op_t()
-  recorder.returns("tq_mom_publish_sync", 2)
-  support.float(2, tq.publish(global, 3, key))
-  local call = support.only_call()
-  luaunit.assertEquals({call[1], call[2], call[3]}, {support.pointer_of(global), 3, support.pointer_of(key)})
-  support.raises("Error in tq_mom_publish_ext_sync (arg 3), expected 'tq_mom_publish_op_t *' got 'string'",
-    tq.publish_ext, global, 3, "x", key)
-  support.raises("Error in publish_ext (arg 3), expected 'struct tq_mom_publish_op_s *|tq_mom_publish_op_s *|" ..
-    "tq_mom_publish_op_t *' got 'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.publish_ext,
-    global, 3, key, key)
-end
 
 TestScan = {}
 

@@ -1,6 +1,5 @@
 -- Result records.
 local luaunit = require "luaunit"
-local catalog = require "catalog"
 local support = require "support"
 
 local recorder, tq = support.recorder, support.tq
@@ -10,73 +9,6 @@ TestResults = {}
 
 function TestResults:setUp()
   recorder.reset()
-end
-
-function TestResults:test_fresh_records()
-  luaunit.assertNil(tq.tq_mom_get_res_t().value)
-  luaunit.assertNil(tq.tq_mom_hash_res_t().value)
-  luaunit.assertEquals(tq.tq_mom_hash_res_t().field_tag, {})
-  luaunit.assertEquals(tq.tq_mom_zrange_res_t().score, {})
-  support.float(0, tq.tq_mom_zscore_res_t().score)
-  support.float(0, tq.tq_mom_incr_res_t().value)
-end
-
-function TestResults:test_spellings_of_the_value_array()
-  for _, what in ipairs {"set", "list", "smembers", "lrange", "sortedset"} do
-    luaunit.assertEquals(tq["tq_mom_" .. what .. "_res_t"]().value_array, {})
-    luaunit.assertNil(tq["tq_mom_" .. what .. "_res_t"]().value)
-  end
-  for _, what in ipairs {"zrange", "zrangebyscore"} do
-    luaunit.assertEquals(tq["tq_mom_" .. what .. "_res_t"]().value, {})
-    luaunit.assertNil(tq["tq_mom_" .. what .. "_res_t"]().value_array)
-  end
-end
-
-function TestResults:test_counts_are_not_exposed()
-  for _, class in ipairs(catalog.classes) do
-    local object = tq[class.name]()
-    for _, name in ipairs {"count", "field_tag_count", "field_change_tag_count"} do luaunit.assertNil(object[name]) end
-  end
-end
-
-function TestResults:test_truncation()
-  local result = tq.tq_mom_lset_res_t()
-  result.error_code = 3.9
-  luaunit.assertEquals(result.error_code, 3.0)
-  result.error_code = -3.9
-  luaunit.assertEquals(result.error_code, -3.0)
-end
-
-function TestResults:test_negative_length()
-  local result = tq.tq_mom_lminsert_res_t()
-  result.len = 8
-  support.raises_bare("number must not be negative", support.set_field, result, "len", -1)
-  luaunit.assertEquals(result.len, 8.0)
-  result.len = 0
-  luaunit.assertEquals(result.len, 0.0)
-end
-
-function TestResults:test_a_string_for_the_error_code()
-  for _, class in ipairs(catalog.classes) do
-    if class.name:find("_res_t$") then
-      support.raises_bare("Error in " .. class.structure .. "::error_code (arg 2), expected 'int' got 'string'",
-        support.set_field, tq[class.name](), "error_code", "text")
-    end
-  end
-end
-
-function TestResults:test_gaps_in_a_value_array()
-  local result = tq.tq_mom_list_res_t()
-  local array = recorder.alloc(3 * word)
-  recorder.write(array, string.pack("TTT", 0x100, 0, 0x300))
-  local layout = recorder.layouts.tq_mom_list_res_t.fields
-  support.poke(support.pointer_of(result) + layout.value_array.offset, "T", array)
-  support.poke(support.pointer_of(result) + layout.count.offset, "T", 3)
-  local values = result.value_array
-  support.is_handle(values[1], "void *", 0x100)
-  luaunit.assertNil(values[2])
-  support.is_handle(values[3], "void *", 0x300)
-  recorder.free(array)
 end
 
 -- What a handle of the library's own record reads is the record.

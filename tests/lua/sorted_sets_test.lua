@@ -86,16 +86,6 @@ function TestSortedSets:test_members()
   luaunit.assertEquals(call[4], 4)
 end
 
-function TestSortedSets:test_no_arrays()
-  support.raises_bare("input error, expect array", tq.zadd, self.global, 0, 5, {})
-  support.raises_bare("input error, expect array", tq.zadd, self.global, 0, {}, 5)
-  support.raises_bare("input error, expect array", tq.zadd, self.global, 0, {1, 2, 3}, 5)
-  support.raises_bare("input error, expect array", tq.zadd_ext, self.global, 0, nil, {1}, nil)
-  support.raises_bare("input error, expect array", tq.zrem, self.global, 0, "x")
-  support.raises_bare("input error, expect array", tq.zrem_ext, self.global, 0, nil, nil)
-  support.no_call()
-end
-
 function TestSortedSets:test_metamethods_do_not_count()
   local function guard(t)
     return setmetatable(t, {
@@ -110,51 +100,6 @@ function TestSortedSets:test_metamethods_do_not_count()
   rawset(hole, 2, nil)
   tq.zrem(self.global, 0, hole)
   luaunit.assertEquals(support.only_call()[3][2], 0)
-end
-
-function TestSortedSets:test_names_in_messages()
-  support.raises("Error in _tq_mom_zadd_sync (arg 2), expected 'int' got 'string'", tq.zadd, self.global, "a", {}, {})
-  support.raises("Error in _tq_mom_zadd_ext_sync (arg 3), expected 'tq_mom_zadd_op_t *' got 'table'", tq.zadd_ext,
-    self.global, 0, {}, {}, {})
-  support.raises("Error in zadd (arg 1), expected 'struct tq_global_s *|tq_global_s *|tq_global_t *' got " ..
-    "'struct tq_mom_get_op_s *|tq_mom_get_op_s *|tq_mom_get_op_t *'", tq.zadd, self.a, 0, 5, 5)
-  support.raises("Error in tq_mom_zrem_sync expected 3..3 args, got 2", tq.zrem, self.global, 0)
-end
-
-function TestSortedSets:test_bounds()
-  tq.zcount(self.global, 0, self.a, 0.5, 2.5)
-  tq.zrange(self.global, 0, self.a, 0.9, -1.9)
-  local calls = recorder.calls()
-  luaunit.assertEquals({calls[1][4], calls[1][5]}, {0.5, 2.5})
-  luaunit.assertEquals({calls[2][4], calls[2][5]}, {0, -1})
-  support.raises("Error in tq_mom_zcount_sync (arg 4), expected 'double' got 'string'", tq.zcount, self.global, 0,
-    self.a, "low", 1)
-end
-
-function TestSortedSets:test_a_name_is_no_key()
-  tq.zcard(self.global, 0, "name")
-  luaunit.assertEquals(support.only_call()[3], 0)
-end
-
-function TestSortedSets:test_results()
-  luaunit.assertEquals(table.pack(tq.zrange(self.global, 0, self.a, 0, 1)), {n = 1})
-  local record = recorder.alloc(32)
-  recorder.returns("tq_mom_zrange_sync", record)
-  local result = tq.zrange(self.global, 0, self.a, 0, 1)
-  support.is_handle(result, "struct tq_mom_zrange_res_s *|tq_mom_zrange_res_s *|tq_mom_zrange_res_t *", record)
-  result = nil
-  collectgarbage()
-  luaunit.assertTrue(recorder.is_live(record))
-  recorder.free(record)
-end
-
-function TestSortedSets:test_releasing_nothing()
-  for _, name in ipairs {"zrange_res_free", "zrangebyscore_res_free", "zscore_res_free"} do
-    recorder.reset()
-    tq[name](nil)
-    local call = support.only_call()
-    luaunit.assertEquals({call.name, call[1]}, {"tq_mom_" .. name, 0})
-  end
 end
 
 local function takers(self)
