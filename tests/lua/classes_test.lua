@@ -167,6 +167,7 @@ function TestMembers:test_metamethods_of_the_tables_do_not_count()
   setmetatable(self.metatable[".get"], trap)
   setmetatable(self.metatable[".set"], trap)
   setmetatable(self.metatable[".fn"], trap)
+  setmetatable(self.metatable[".bases"], trap)
   local ok, value = pcall(function() return self.object.virtual end)
   setmetatable(self.metatable[".get"], nil)
   setmetatable(self.metatable[".set"], nil)
@@ -185,7 +186,15 @@ function TestMembers:test_item_getter_comes_last()
   luaunit.assertNil(seen)
   luaunit.assertEquals(table.pack(self.metatable.__index(self.object, 42)), {"item", n = 1})
   luaunit.assertEquals({seen.n, rawequal(seen[1], self.object), seen[2]}, {2, true, 42})
+  self.metatable.__getitem = rawequal
+  luaunit.assertFalse(self.object[42])
   self.metatable.__getitem = "no function"
+  luaunit.assertNil(self.object[42])
+end
+
+function TestMembers:test_an_item_getter_that_gives_nil_has_been_found()
+  self.metatable.__getitem = function() end
+  self.metatable[".bases"] = {{[".bases"] = {}, [".get"] = {}, [".fn"] = {}, __getitem = function() return "base" end}}
   luaunit.assertNil(self.object[42])
 end
 
@@ -200,6 +209,8 @@ function TestMembers:test_item_setter()
   luaunit.assertNil(seen)
   luaunit.assertEquals(select("#", self.metatable.__newindex(self.object, 1, "v")), 0)
   luaunit.assertEquals({seen.n, rawequal(seen[1], self.object), seen[2], seen[3]}, {3, true, 1, "v"})
+  self.object[2] = nil
+  luaunit.assertEquals({seen.n, seen[2], seen[3]}, {3, 2, nil})
   self.metatable.__setitem = "no function"
   support.assignment_raises(kNoSetter, self.object, 1, "v")
 end
@@ -308,6 +319,8 @@ end
 function TestMembers:test_errors_pass_through_the_dispatcher()
   self.metatable[".get"].virtual = recorder.cfunction(function() error("from the getter", 0) end)
   support.raises_bare("from the getter", support.get_field, self.object, "virtual")
+  self.object.flag = 9
+  luaunit.assertEquals(self.object.flag, 9)
 end
 
 -- Any C function will do, the module's own among them.

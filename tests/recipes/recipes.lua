@@ -1,6 +1,6 @@
 -- Applies the recipes of CONTRIBUTING.md in a copy of the source tree, to a command, a record and a field that are made
--- up, and runs the tests there: recipes.lua SOURCE SCRATCH
-local source, scratch = arg[1], arg[2]
+-- up, and runs the tests there: recipes.lua SOURCE SCRATCH LUA_HEADERS
+local source, scratch, lua_headers = arg[1], arg[2], arg[3]
 
 -- A recipe names the files that are written by hand, at most `most` of them. An edit puts its text after, before or
 -- instead of the first line that contains a mark.
@@ -142,5 +142,6 @@ shell("cd '%s' && cmake --preset host --log-level=WARNING -DTQ_REQUIRE_TESTS=ON 
 shell("cd '%s' && ctest --test-dir build/host --output-on-failure --no-tests=error -j 2 " ..
   "-E '^(lint|package[.](options|rock|deb)|sweeps|growth|doors)'", scratch)
 if os.execute("command -v arm-linux-gnueabi-g++ >/dev/null") then
-  shell("cd '%s' && arm-linux-gnueabi-g++ -std=c++20 -fsyntax-only -I. -Iinclude records/device_layout.cpp", scratch)
+  shell("cd '%s' && arm-linux-gnueabi-g++ -std=c++20 -fsyntax-only -I. -Iinclude -isystem '%s' records/device_layout.cpp",
+    scratch, lua_headers)
 end

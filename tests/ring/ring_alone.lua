@@ -169,24 +169,6 @@ function TestRegistry:test_class_metatables_and_the_library_entry()
   })
 end
 
-function TestRegistry:test_class_metatables_have_the_described_keys()
-  for _, class in pairs(class_by_mangled) do
-    local keys = {}
-    for key in pairs(registry.SWIG[class.name]) do
-      keys[key] = true
-    end
-    lu.assertEquals(keys, {
-      [".type"] = true, [".bases"] = true, [".get"] = true, [".set"] = true, [".fn"] = true, [".static"] = true,
-      __index = true, __newindex = true, __gc = true, __tostring = true, __eq = true,
-    }, class.name)
-    lu.assertEquals(registry.SWIG[class.name][".type"], class.name)
-    lu.assertEquals(registry.SWIG[class.name][".bases"], {})
-    lu.assertIs(registry.SWIG[class.name][".static"], module[class.name])
-    lu.assertIs(getmetatable(module[class.name])[".instance"], registry.SWIG[class.name])
-    lu.assertIs(registry.SWIG[class.name].__eq, swig_equals)
-  end
-end
-
 function TestRegistry:test_metatable_is_looked_up_by_name_for_every_new_handle()
   local real = registry.SWIG.get_op_t
   local stand_in = { __gc = real.__gc }
@@ -202,22 +184,6 @@ function TestRegistry:test_metatable_is_looked_up_by_name_for_every_new_handle()
 end
 
 TestEntryPoints = {}
-
-function TestEntryPoints:test_start_up_text_letter_for_letter()
-  local text = peer.start_up_text(support.module_file)
-  lu.assertEquals(text, "\n    tq_mom_sync.TQ_MOM_OK = 0\n    tq_mom_sync.TQ_MOM_ERR = -1\n"
-    .. "    tq_mom_sync.TQ_MOM_INPUT_ERR = -2\n    tq_mom_sync.TQ_MOM_MALLOC_ERR = -3\n"
-    .. "    tq_mom_sync.TQ_MOM_NO_READY = -4\n    tq_mom_sync.TQ_MOM_GLOBAL_DB_NO_WRITE = -5")
-  lu.assertEquals(#text, 223)
-end
-
-function TestEntryPoints:test_user_hook_runs_the_text_and_leaves_the_stack_alone()
-  module.TQ_MOM_ERR = "gone"
-  local added, top = peer.run_user_hook(support.module_file)
-  lu.assertEquals(added, 0)
-  lu.assertEquals(top, "marker")
-  lu.assertEquals(module.TQ_MOM_ERR, -1)
-end
 
 function TestEntryPoints:test_opening_again_builds_a_fresh_table_over_the_same_classes()
   local before, types = module, peer.module(peer.head()).types

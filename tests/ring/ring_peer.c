@@ -744,29 +744,6 @@ static int Address(lua_State* L) {
   return 1;
 }
 
-/* record(...) -> 1, 2: a C function for the tables of classes and namespaces that notes how it was called */
-static int Record(lua_State* L) {
-  int count = lua_gettop(L);
-  lua_createtable(L, count, 1);
-  lua_insert(L, 1);
-  for (int i = count; i >= 1; i--) lua_rawseti(L, 1, i);
-  SetInteger(L, "n", count);
-  luaL_getsubtable(L, LUA_REGISTRYINDEX, "ring_peer.calls");
-  lua_insert(L, 1);
-  lua_rawseti(L, 1, (lua_Integer)lua_rawlen(L, 1) + 1);
-  lua_pushinteger(L, 1);
-  lua_pushinteger(L, 2);
-  return 2;
-}
-
-/* calls() -> sequence of the arguments of record's calls since the last time */
-static int Calls(lua_State* L) {
-  luaL_getsubtable(L, LUA_REGISTRYINDEX, "ring_peer.calls");
-  lua_pushnil(L);
-  lua_setfield(L, LUA_REGISTRYINDEX, "ring_peer.calls");
-  return 1;
-}
-
 /* The tested module's exported names. */
 
 static void* Symbol(lua_State* L, const char* path, const char* name) {
@@ -777,13 +754,7 @@ static void* Symbol(lua_State* L, const char* path, const char* name) {
   return symbol;
 }
 
-/* start_up_text(path) -> the text of luaopen_tq_mom_sync_luacode; set_start_up_text(path, text or nil) */
-static int StartUpText(lua_State* L) {
-  const char** text = Symbol(L, luaL_checkstring(L, 1), "luaopen_tq_mom_sync_luacode");
-  lua_pushstring(L, *text);
-  return 1;
-}
-
+/* set_start_up_text(path, text or nil) */
 static int SetStartUpText(lua_State* L) {
   const char** text = Symbol(L, luaL_checkstring(L, 1), "luaopen_tq_mom_sync_luacode");
   *text = lua_isnil(L, 2) ? NULL : CopyText(L, luaL_checkstring(L, 2));
@@ -916,11 +887,8 @@ __attribute__((visibility("default"))) int luaopen_ring_peer(lua_State* L) {
                                        {"block_bytes", BlockBytes},
                                        {"block_size", BlockSize},
                                        {"address", Address},
-                                       {"record", Record},
-                                       {"calls", Calls},
                                        {"destroyed", Destroyed},
                                        {"conversions", Conversions},
-                                       {"start_up_text", StartUpText},
                                        {"set_start_up_text", SetStartUpText},
                                        {"open", Open},
                                        {"run_user_hook", RunUserHook},
