@@ -39,7 +39,7 @@ void AddNumber(double number, Text* text) { text->Format("%.14g", number); }
 
 void AddMember(const void* record, const Member& member, Text* text) {
   const auto array = [&] { return Read<const void*>(record, member.offset); };
-  const auto length = [&] { return Read<std::size_t>(record, member.length_offset); };
+  const auto length = [&] { return ArrayLength(record, member); };
   switch (member.type) {
     case Member::kEnd:
       return;
@@ -68,12 +68,6 @@ void AddMembers(const void* record, const Member* members, Text* text) {
     text->Format("%s%s=", member == members ? "" : ", ", member->name);
     AddMember(record, *member, text);
   }
-}
-
-// The length of the array at this place.
-std::int64_t LengthOf(const Function& function, const Value* arguments, int parameter) {
-  while (function.parameters[parameter] != Kind::kLength) ++parameter;
-  return arguments[parameter].integer;
 }
 
 void AddArgument(const Function& function, const Value* arguments, int parameter, Text* text) {
@@ -177,6 +171,16 @@ void AddPointer(const Call& call, Text* text) {
 }
 
 }  // namespace
+
+std::int64_t LengthOf(const Function& function, const Value* arguments, int array) {
+  int length = array;
+  while (function.parameters[length] != Kind::kLength) ++length;
+  return arguments[length].integer;
+}
+
+std::size_t ArrayLength(const void* record, const Member& member) {
+  return Read<std::size_t>(record, member.length_offset);
+}
 
 void AddArguments(const Function& function, const Value* arguments, Text* text) {
   for (int i = 0; i < function.parameter_count; ++i) {

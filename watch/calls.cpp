@@ -28,6 +28,9 @@ struct Frame {
 Frame* innermost;
 
 bool switches[3];
+
+bool Is(Switch what) { return switches[static_cast<int>(what)]; }
+
 bool telling;  // to a script's function, whose own calls are not told of
 pthread_t thread;
 PositionSource position_source;
@@ -95,7 +98,7 @@ void Drop(Frame* frame) {
 void TellOf(const Call& call) {
   if (telling) return;
   telling = true;
-  if (switches[static_cast<int>(Switch::kCounts)]) Count(call);
+  if (Is(Switch::kCounts)) Count(call);
   Tell(call);
   telling = false;
 }
@@ -105,6 +108,7 @@ void DropLeft() {
   Call& call = innermost->call;
   call.left = true;
   call.failed = true;
+  CloseMessages(call);
   TellOf(call);
   Drop(innermost);
 }
@@ -133,14 +137,6 @@ Frame* Enter(const Function& function, const Value* arguments, const void* stack
   return frame;
 }
 
-// Gives the released or never seen answer of a client function back to it.
-void Release(const Function& function, void* pointer) {
-  for (int row = 0; row < kRowCount; ++row) {
-    if (functions[row].role != Role::kRelease || functions[row].owned != function.owned) continue;
-    reinterpret_cast<int (*)(void*)>(client_functions[row])(pointer);
-  }
-}
-
 // Puts a fault's answer in the place of the client function's, if that was called.
 void Fail(const FaultPlan& plan, const Function& function, const Value* arguments, Value* result) {
   if (int* out = OutOf(function, arguments)) *out = plan.status;
@@ -148,11 +144,34 @@ void Fail(const FaultPlan& plan, const Function& function, const Value* argument
     result->integer = plan.status;
     return;
   }
-  if (result->pointer != nullptr && function.owned != nullptr) Release(function, result->pointer);
+  if (result->pointer != nullptr && function.owned != nullptr) ReleaseOriginal(*function.owned, result->pointer);
   result->pointer = nullptr;
   if (function.owned != nullptr && function.owned->size > 0 && !plan.null) {
     result->pointer = MakeRecord(*function.owned, plan.status);
   }
+}
+
+// Puts the guard between the client library and the script's callback, if there is one.
+void GuardCallback(const Call& call, Value* arguments, ScanGuard* scan) {
+  for (int i = 0; i < call.function->parameter_count; ++i) {
+    if (call.function->parameters[i] != Kind::kCallback || arguments[i].pointer == nullptr) continue;
+    *scan = {reinterpret_cast<tq_mom_scan_cb>(arguments[i].pointer), arguments[i + 1].pointer, &call};
+    arguments[i].pointer = reinterpret_cast<void*>(GuardMessage);
+    arguments[i + 1].pointer = scan;
+  }
+}
+
+// Whether the call releases what is not the client library's, but a fault's or the guard's; it is then released.
+bool ReleaseOwn(const Function& function, const Value* arguments, const Position& position, Value* result) {
+  if (function.role != Role::kRelease) return false;
+  void* released = arguments[0].pointer;
+  int status;
+  if (!GuardRelease(function, released, position, Is(Switch::kGuard), &status) &&
+      !ReleaseRecord(*function.owned, released, &status)) {
+    return false;
+  }
+  result->integer = status;
+  return true;
 }
 
 [[noreturn]] void DieWithout(const Function& function) {
@@ -178,8 +197,17 @@ Position Here() {
   return {Intern(source), line};
 }
 
+void ReleaseOriginal(const OwnedType& type, void* pointer) {
+  int status;
+  if (ReleaseRecord(type, pointer, &status)) return;
+  for (int row = 0; row < kRowCount; ++row) {
+    if (functions[row].role != Role::kRelease || functions[row].owned != &type) continue;
+    if (client_functions[row] != nullptr) reinterpret_cast<int (*)(void*)>(client_functions[row])(pointer);
+  }
+}
+
 void UpdateWatching() {
-  watching = Tracing() || AnyFault();
+  watching = Tracing() || AnyFault() || AnyCopy();
   for (bool on : switches) watching = watching || on;
   for (ClientFunction function : client_functions) watching = watching || function == nullptr;
 }
@@ -189,34 +217,42 @@ void Watch(Row row, Value* arguments, Value* result, Invoke invoke, const void* 
   ClientFunction client = client_functions[row];
   if (client == nullptr) DieWithout(function);
   if (pthread_equal(thread, pthread_self()) == 0 || IsInside(caller)) return invoke(client, arguments, result);
+  bool guards = Is(Switch::kGuard);
+  if (guards) CheckArguments(function, arguments);
   Frame* frame = Enter(function, arguments, __builtin_frame_address(0));
-  if (frame == nullptr) Print("no memory to watch %s", function.name);
+  if (frame == nullptr) {
+    Print("no memory to watch %s", function.name);
+    if (!ReleaseOwn(function, arguments, {}, result)) invoke(client, arguments, result);
+    return;
+  }
+  Call& call = frame->call;
 
   FaultPlan plan = {};
-  if (frame != nullptr && !telling) frame->call.faulted = FaultFor(frame->call, &plan);
+  if (!telling) call.faulted = FaultFor(call, &plan);
   bool releases = function.role == Role::kRelease;
+  void* const released = releases ? arguments[0].pointer : nullptr;
+  ScanGuard scan;
+  if (guards) GuardCallback(call, arguments, &scan);
   std::int64_t start = tq_watch_now();
   if (plan.delay > 0 && !plan.after_call) Sleep(plan.delay);
-  int status;
-  if (releases && ReleaseRecord(*function.owned, arguments[0].pointer, &status)) {
-    result->integer = status;
-  } else if (!plan.fails || plan.after_call || releases) {  // what is released cannot be had back
-    invoke(client, arguments, result);
-  }
+  // What is released cannot be had back.
+  bool calls = (!plan.fails || plan.after_call || releases) && !ReleaseOwn(function, arguments, call.position, result);
+  if (calls) invoke(client, arguments, result);
   if (plan.delay > 0 && plan.after_call) Sleep(plan.delay);
-  bool released = releases && result->integer >= 0;
+  if (releases && result->integer >= 0 && released != nullptr) {
+    if (guards && function.parameters[0] == Kind::kRuntime) GuardRuntime(released, call.position);
+    RemoveOwned(released);
+  }
   if (plan.fails) Fail(plan, function, arguments, result);
-  if (frame == nullptr) return;
 
-  Call& call = frame->call;
+  if (!releases && function.owned != nullptr && result->pointer != nullptr) {
+    if (guards) result->pointer = GuardResult(call, result->pointer);
+    if (guards || Is(Switch::kOwned)) AddOwned(call, result->pointer);
+  }
   call.microseconds = tq_watch_now() - start;
   call.result = *result;
   if (const int* out = OutOf(function, arguments)) call.out = *out;
   call.failed = HasFailed(call);
-  if (switches[static_cast<int>(Switch::kOwned)] && function.owned != nullptr) {
-    if (released) RemoveOwned(arguments[0].pointer);
-    if (!releases && result->pointer != nullptr) AddOwned(call, result->pointer);
-  }
   while (innermost != frame) DropLeft();
   TellOf(call);
   Drop(frame);
@@ -233,6 +269,7 @@ const Function* tq_watch_function(int row) { return row < kRowCount ? &functions
 void tq_watch_set(Switch what, bool on) {
   switches[static_cast<int>(what)] = on;
   if (what == Switch::kOwned && !on) ForgetOwned();
+  if (what == Switch::kGuard && !on) ForgetReleased();
   UpdateWatching();
 }
 

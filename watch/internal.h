@@ -4,6 +4,8 @@
 
 #define TQ_WATCH_API [[gnu::visibility("default")]]
 
+#include <tq_mom/client.h>
+
 #include "watch/control.h"
 #include "watch/forward.h"
 
@@ -26,6 +28,8 @@ const char* KeyOf(const void* object, std::size_t* length);
 
 // call.cpp
 void AddArguments(const Function& function, const Value* arguments, Text* text);
+std::int64_t LengthOf(const Function& function, const Value* arguments, int array);
+std::size_t ArrayLength(const void* record, const Member& member);
 const void* KeyObject(const Function& function, const Value* arguments);
 
 // calls.cpp
@@ -33,6 +37,8 @@ const void* KeyObject(const Function& function, const Value* arguments);
 void UpdateWatching();
 // The script's position, if somebody tells it.
 Position Here();
+// Gives something back to whoever made it, the client library or a fault.
+void ReleaseOriginal(const OwnedType& type, void* pointer);
 
 // trace.cpp
 bool Tracing();
@@ -55,8 +61,38 @@ bool ReleaseRecord(const OwnedType& type, const void* record, int* status);
 void AddOwned(const Call& call, void* pointer);
 void RemoveOwned(const void* pointer);
 void ForgetOwned();
+// Null if it is not known.
+const Owned* FindOwned(const void* pointer);
 // Returns how many there are.
 int PrintOwned();
+
+// guard.cpp
+// Ends the process if an argument was released.
+void CheckArguments(const Function& function, const Value* arguments);
+void CheckObject(const void* object, const char* function);
+bool IsReleased(const void* object);
+// A copy of the result for the script, or the result itself.
+void* GuardResult(const Call& call, void* result);
+// Whether the guard has released it, or refused to, with the status. With `remember`, uses are found from now on.
+bool GuardRelease(const Function& function, void* pointer, const Position& position, bool remember, int* status);
+void GuardRuntime(void* runtime, const Position& position);
+// Whether a script still has copies.
+bool AnyCopy();
+// How many released things are kept to find uses of them.
+void SetMostRemembered(int count);
+// Releases what was only kept to find uses of it.
+void ForgetReleased();
+
+// What a scan gets in place of the script's callback and context.
+struct ScanGuard {
+  tq_mom_scan_cb callback;
+  void* context;
+  const Call* call;
+};
+
+int GuardMessage(tq_global_t* g, void* message, void* scan_guard);
+// No callback of the call runs any more.
+void CloseMessages(const Call& call);
 
 }  // namespace tq_watch
 

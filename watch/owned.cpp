@@ -19,8 +19,8 @@ Owned** BucketOf(const void* pointer) { return &buckets[(reinterpret_cast<std::u
 
 }  // namespace
 
-Owned* FindOwned(const void* pointer) {
-  Owned* owned = *BucketOf(pointer);
+const Owned* FindOwned(const void* pointer) {
+  const Owned* owned = *BucketOf(pointer);
   while (owned != nullptr && owned->pointer != pointer) owned = owned->next_in_bucket;
   return owned;
 }

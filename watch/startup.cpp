@@ -23,6 +23,15 @@ struct Word {
 
   bool Is(const char* other) const { return std::strcmp(name, other) == 0; }
 
+  // The argument, which is to be a number in this range; the least one if it is not.
+  int Number(int least, int most) const {
+    char* end;
+    long number = std::strtol(argument, &end, 10);
+    if (end != argument && *end == '\0' && number >= least && number <= most) return static_cast<int>(number);
+    Print("TQ_WATCH: %s: number from %d to %d expected, got '%s'", name, least, most, argument);
+    return least;
+  }
+
   char* name;
   char* argument;  // null: none
 };
@@ -46,10 +55,13 @@ void Obey(const char* words) {
       tq_watch_set(Switch::kCounts, true);
     } else if (word.Is("leaks")) {
       owned_at_exit = true;
-      if (word.argument != nullptr) exit_status = std::atoi(word.argument);
+      if (word.argument != nullptr) exit_status = word.Number(0, 255);
       tq_watch_set(Switch::kOwned, true);
+    } else if (word.Is("guard")) {
+      if (word.argument != nullptr) SetMostRemembered(word.Number(1, 1000000));
+      tq_watch_set(Switch::kGuard, true);
     } else {
-      Print("TQ_WATCH: '%s' is none of trace[:FILE], json, summary, leaks[:STATUS]", word.name);
+      Print("TQ_WATCH: '%s' is none of trace[:FILE], json, summary, leaks[:STATUS], guard[:COUNT]", word.name);
     }
   }
   if (trace) {

@@ -209,6 +209,12 @@ int AssertReleased(lua_State* L) {
   Raise(L, "not everything is released:%s", lua_tostring(L, -1));
 }
 
+// tq_watch.guard(boolean)
+int Guard(lua_State* L) {
+  tq_watch_set(Switch::kGuard, CheckBoolean(L, {1, "argument 1 of tq_watch.guard"}));
+  return 0;
+}
+
 // tq_watch.start(): counts calls for summary, and notes what is not released for live. Opening the module does it.
 int Start(lua_State*) {
   tq_watch_set(Switch::kCounts, true);
@@ -223,6 +229,7 @@ int Stop(lua_State*) {
   tq_watch_trace_to("", false);
   tq_watch_set(Switch::kCounts, false);
   tq_watch_set(Switch::kOwned, false);
+  tq_watch_set(Switch::kGuard, false);
   return 0;
 }
 
@@ -232,6 +239,7 @@ constexpr binding::Method kFunctions[] = {{"trace", Trace},
                                           {"live", Live},
                                           {"assert_released", AssertReleased},
                                           {"reset", Reset},
+                                          {"guard", Guard},
                                           {"start", Start},
                                           {"stop", Stop},
                                           {}};

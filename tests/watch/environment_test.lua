@@ -87,7 +87,13 @@ end
 function TestEnvironment:test_words_that_mean_nothing()
   local _, text = stage.run("TQ_WATCH=traces", "")
   luaunit.assertEquals(text,
-    "libtq_mom_watch: TQ_WATCH: 'traces' is none of trace[:FILE], json, summary, leaks[:STATUS]\n")
+    "libtq_mom_watch: TQ_WATCH: 'traces' is none of trace[:FILE], json, summary, leaks[:STATUS], guard[:COUNT]\n")
+end
+
+function TestEnvironment:test_words_with_wrong_numbers()
+  local _, text = stage.run("TQ_WATCH=leaks:x,guard:0", "")
+  luaunit.assertEquals(text, "libtq_mom_watch: TQ_WATCH: leaks: number from 0 to 255 expected, got 'x'\n" ..
+    "libtq_mom_watch: TQ_WATCH: guard: number from 1 to 1000000 expected, got '0'\n")
 end
 
 local require_watch = 'local ok, message = pcall(require, "tq_watch") print(ok, message)'

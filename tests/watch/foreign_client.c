@@ -9,8 +9,13 @@ struct tq_obj {
   char name[8];
 };
 
+struct list {
+  tq_mom_lrange_res_t result; /* first */
+  struct list* next;
+};
+
 static tq_global_t runtime;
-static tq_mom_lrange_res_t* live;
+static struct list* lists;
 
 tq_global_t* tq_global_init(const char* name, tq_global_t* g) {
   (void)name;
@@ -19,15 +24,25 @@ tq_global_t* tq_global_init(const char* name, tq_global_t* g) {
 
 int tq_global_finish(tq_global_t* g) { return g == &runtime ? TQ_MOM_OK : TQ_MOM_INPUT_ERR; }
 
-/* A list of two objects. */
+/* How many lists are not released. */
+int tq_mom_debug_show_all(tq_global_t* g) {
+  (void)g;
+  int count = 0;
+  for (const struct list* list = lists; list != NULL; list = list->next) ++count;
+  return count;
+}
+
+/* Two objects. */
 tq_mom_lrange_res_t* tq_mom_lrange_sync(tq_global_t* g, int db, void* key, int start, int stop) {
   (void)g, (void)db, (void)key, (void)start, (void)stop;
-  tq_mom_lrange_res_t* result = calloc(1, sizeof *result);
+  struct list* list = calloc(1, sizeof *list);
+  tq_mom_lrange_res_t* result = &list->result;
   result->value_array = calloc(2, sizeof *result->value_array);
   for (result->count = 0; result->count < 2; ++result->count) {
     result->value_array[result->count] = calloc(1, sizeof(tq_obj));
   }
-  live = result;
+  list->next = lists;
+  lists = list;
   return result;
 }
 
@@ -40,15 +55,23 @@ tq_mom_lrange_res_t* tq_mom_lrange_ext_sync(tq_global_t* g, int db, tq_mom_lrang
 }
 
 int tq_mom_lrange_res_free(tq_mom_lrange_res_t* result) {
-  if (result != live) {
+  struct list** link = &lists;
+  while (*link != NULL && &(*link)->result != result) link = &(*link)->next;
+  struct list* list = *link;
+  if (list == NULL) {
     fputs("foreign client: this is not my result\n", stderr);
     abort();
   }
-  live = NULL;
+  *link = list->next;
   for (size_t i = 0; i < result->count; ++i) free(result->value_array[i]);
   free(result->value_array);
-  free(result);
+  free(list);
   return TQ_MOM_OK;
+}
+
+int tq_mom_llen_sync(tq_global_t* g, int db, void* key) {
+  (void)g, (void)db, (void)key;
+  return 2;
 }
 
 int tq_mom_scan_sync(tq_global_t* g, int db, void* key, unsigned int count, tq_mom_scan_cb callback, void* context) {

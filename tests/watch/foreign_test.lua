@@ -53,4 +53,31 @@ tq.tq_global_run(g)
   luaunit.assertNotEquals(status, 0)
 end
 
+-- The guard gives the script copies; the library gets its own records back, when the guard has no use for them any more.
+function TestForeign:test_guard()
+  luaunit.assertEquals(run [[
+watch.guard(true)
+local kept = tq.lrange(g, 1, nil, 0, -1)
+for _ = 1, 2 do
+  local result = tq.lrange(g, 1, nil, 0, -1)
+  io.write(#result.value_array, " ", tq.llen(g, 1, result.value_array[2]), " ")
+  io.write(tq.lrange_res_free(result), " ", tq.debug_show_all(g), "\n")
+end
+watch.guard(false)
+print(tq.debug_show_all(g), #kept.value_array, tq.lrange_res_free(kept), tq.debug_show_all(g))
+]], "2 2 0 2\n2 2 0 3\n1.0\t2\t0.0\t0.0\n")
+end
+
+function TestForeign:test_guard_finds_uses()
+  local text = run [[
+watch.guard(true)
+local result = tq.lrange(g, 1, nil, 0, -1)
+local element = result.value_array[1]
+tq.lrange_res_free(result)
+tq.llen(g, 1, element)
+]]
+  luaunit.assertStrContains(text, "a tq_mom_lrange_res_t is used after its release")
+  luaunit.assertStrContains(text, "script:9: llen\n")
+end
+
 stage.finish()
