@@ -1,12 +1,11 @@
 // The router against nodes that answer what real ones were recorded to answer.
-#include "hostkit/server_router.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
 #include <vector>
 
+#include "hostkit/server_router.h"
 #include "recorded.h"
 
 namespace hostkit {
@@ -229,7 +228,8 @@ TEST_F(RouterTest, AServerThatIsAwayIsUnavailableSoon) {
 TEST_F(RouterTest, ALostMasterIsReplacedByItsReplica) {
   Connect(true);
   nodes.At(2, {{Delivery::kNotSent, ""}});
-  nodes.At(1, {{Delivery::kAnswered, Slots(1, 2)}, {Delivery::kAnswered, Slots(1, 2)}, {Delivery::kAnswered, Slots(1, 4)}});
+  nodes.At(
+      1, {{Delivery::kAnswered, Slots(1, 2)}, {Delivery::kAnswered, Slots(1, 2)}, {Delivery::kAnswered, Slots(1, 4)}});
   nodes.At(4, {{Delivery::kAnswered, "+OK\r\n"}});
   EXPECT_TRUE(Run(Effect::kWrites).ok());
   EXPECT_EQ(nodes.log().back(), "4 SET");
@@ -251,7 +251,8 @@ TEST_F(RouterTest, WhoeverDoesNotLetUsInIsNotAskedAgain) {
 
 TEST_F(RouterTest, AnUnknownScriptIsSentAsText) {
   Connect(true);
-  nodes.At(2, {{Delivery::kAnswered, "-NOSCRIPT No matching script. Please use EVAL.\r\n"}, {Delivery::kAnswered, ":1\r\n"}});
+  nodes.At(2, {{Delivery::kAnswered, "-NOSCRIPT No matching script. Please use EVAL.\r\n"},
+               {Delivery::kAnswered, ":1\r\n"}});
   ServerCommand command(Effect::kWrites, Script::kExpire, 1);
   command.AddKey("{foo}", 0, "key").Add(std::int64_t{5});
   EXPECT_TRUE(router.Run(&command, CallEnd(milliseconds(1000)), &reply).ok());

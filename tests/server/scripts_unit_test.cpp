@@ -1,8 +1,7 @@
-#include "hostkit/server_scripts.h"
-
 #include <gtest/gtest.h>
 
 #include "hostkit/server_pattern.h"
+#include "hostkit/server_scripts.h"
 
 namespace hostkit {
 namespace {

@@ -1,0 +1,139 @@
+#include "proxy.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <utility>
+
+namespace hostkit {
+namespace {
+
+sockaddr_in Loopback(int port) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  return address;
+}
+
+bool SendAll(int socket, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
+  }
+  return true;
+}
+
+void HurrySmallPieces(int socket) {
+  const int on = 1;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+}  // namespace
+
+Proxy::Proxy(const ServerAddress& server) : server_(server) {
+  listener_ = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address = Loopback(0);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(bind(listener_, reinterpret_cast<sockaddr*>(&address), size), 0);
+  EXPECT_EQ(listen(listener_, 16), 0);
+  EXPECT_EQ(getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  port_ = ntohs(address.sin_port);
+  thread_ = std::thread([this] { Run(); });
+}
+
+Proxy::~Proxy() {
+  stop_ = true;
+  thread_.join();
+  for (const Pair& pair : pairs_) {
+    close(pair.client);
+    close(pair.server);
+  }
+  close(listener_);
+}
+
+void Proxy::Break(Fault fault) {
+  const std::lock_guard lock(mutex_);
+  fault_ = std::move(fault);
+}
+
+void Proxy::Accept() {
+  const int client = accept(listener_, nullptr, nullptr);
+  const int server = socket(AF_INET, SOCK_STREAM, 0);
+  const sockaddr_in address = Loopback(server_.port);
+  if (connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    close(client);
+    close(server);
+    return;
+  }
+  HurrySmallPieces(client);
+  HurrySmallPieces(server);
+  pairs_.push_back({client, server});
+  ++connections_;
+}
+
+bool Proxy::FromClient(const Pair& pair) {
+  std::array<char, 65536> piece;
+  const ssize_t size = recv(pair.client, piece.data(), piece.size(), 0);
+  return size > 0 && SendAll(pair.server, {piece.data(), static_cast<std::size_t>(size)});
+}
+
+bool Proxy::FromServer(const Pair& pair) {
+  std::array<char, 65536> piece;
+  const ssize_t size = recv(pair.server, piece.data(), piece.size(), 0);
+  if (size <= 0) return false;
+  std::string bytes(piece.data(), static_cast<std::size_t>(size));
+  last_size_ = bytes.size();
+  std::optional<Fault> fault;
+  {
+    const std::lock_guard lock(mutex_);
+    fault = std::exchange(fault_, std::nullopt);
+  }
+  if (!fault) return SendAll(pair.client, bytes);
+  if (fault->swallow) return true;
+  if (fault->replacement) return SendAll(pair.client, *fault->replacement);
+  if (fault->cut_after) {
+    SendAll(pair.client, std::string_view(bytes).substr(0, *fault->cut_after));
+    return false;
+  }
+  for (const char byte : bytes) {
+    std::this_thread::sleep_for(fault->byte_delay);
+    if (!SendAll(pair.client, {&byte, 1})) return false;
+  }
+  return true;
+}
+
+void Proxy::Run() {
+  while (!stop_) {
+    std::vector<pollfd> polled = {{listener_, POLLIN, 0}};
+    for (const Pair& pair : pairs_) {
+      polled.push_back({pair.client, POLLIN, 0});
+      polled.push_back({pair.server, POLLIN, 0});
+    }
+    poll(polled.data(), polled.size(), 2);
+    const bool close_all = close_all_.exchange(false);
+    std::vector<Pair> open;
+    for (std::size_t index = 0; index < pairs_.size(); ++index) {
+      const Pair& pair = pairs_[index];
+      const bool from_client = polled[1 + 2 * index].revents != 0;
+      const bool from_server = polled[2 + 2 * index].revents != 0;
+      if (!close_all && (!from_client || FromClient(pair)) && (!from_server || FromServer(pair))) {
+        open.push_back(pair);
+      } else {
+        close(pair.client);
+        close(pair.server);
+      }
+    }
+    pairs_ = std::move(open);
+    if (polled.front().revents != 0) Accept();
+  }
+}
+
+}  // namespace hostkit
