@@ -13,6 +13,7 @@ local files = {
     "options", "results", "messages", "runtime", "constants"},
   {module = "tq_obj", "tq_obj"},
   {module = "tq_kit", "tq_kit"},
+  {module = "tq_watch", "tq_watch"},
 }
 
 -- What a value is: `native` is its C type, `lua` its type for an editor, `set` what an assignment to such a field does.
