@@ -109,7 +109,7 @@ static void Run(lua_State* L, const struct Workload* workload, long count) {
   lua_pushvalue(L, -1);
   lua_pushinteger(L, count);
   Check(L, lua_pcall(L, 1, 0, 0));
-  if (workload->gc) lua_gc(L, LUA_GCCOLLECT, 0);
+  if (workload->gc) Tidy(L);
 }
 
 static void TimeWorkload(lua_State* L, const struct Workload* workload) {

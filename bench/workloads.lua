@@ -1,8 +1,8 @@
 -- What is measured, on a module m. prepare() returns run; run(n) does n operations. One operation is one turn of the
 -- loop in run, less an empty turn, which the row "empty loop" measures. The collector is stopped meanwhile; in a row
--- with `gc`, one full collection after the n operations belongs to them, so that they pay for finding and finalising
--- what they leave. `target` is the number of x86-64 instructions that an operation may take, `count` the n at which
--- instructions are counted.
+-- with `gc`, two full collections after the n operations belong to them: the first finalises what they leave, the second
+-- frees it. What the collections cost on an idle heap is in the run of n and in that of 2n, and cancels. `target` is
+-- the number of x86-64 instructions that an operation may take, `count` the n at which instructions are counted.
 return function(m)
   local g, key = m.tq_global_t(), m.psetex_op_t()
 

@@ -50,15 +50,17 @@ enum HandleUpvalue { kClassTableKey = 1, kClassName };
 // Pushes these upvalues, for lua_pushcclosure.
 void PushHandleUpvalues(lua_State* L, const char* qualified_name);
 
-// Pushes the class table in such a closure and returns its index.
-inline int PushClassTableOfClosure(lua_State* L) {
+// Pushes the class table in such a closure.
+inline void PushClassTableOfClosure(lua_State* L) {
   lua_pushvalue(L, lua_upvalueindex(kClassTableKey));
   if (lua_rawget(L, LUA_REGISTRYINDEX) != LUA_TTABLE) {
     lua_pop(L, 1);
     PushClassTable(L);
   }
-  return lua_gettop(L);
 }
+
+// The class table's index for the functions below when it is on the stack top.
+inline constexpr int kClassTableOnTop = -3;
 
 // The same as PushEmptyHandle and PushHandle in such a closure. The class name is the very string of the record from
 // which the upvalue was made: while the type has a record with that one, the upvalue is good.
@@ -93,7 +95,7 @@ inline void PushClassHandle(lua_State* L, void* pointer, TypeDescriptor* type, c
 void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescriptor* type);
 
 // The handle at the index; null for every other value, light userdata and too short foreign userdata among them.
-inline Handle* HandleAt(lua_State* L, int index) {
+[[gnu::always_inline]] inline Handle* HandleAt(lua_State* L, int index) {
   void* block = lua_touserdata(L, index);
   return block != nullptr && lua_rawlen(L, index) >= sizeof(Handle) ? static_cast<Handle*>(block) : nullptr;
 }

@@ -65,7 +65,7 @@ constexpr double DoubleOf(int number) {
 
 // Pushes the number as a Lua float.
 template <class Integer>
-void PushNumber(lua_State* L, Integer number) {
+[[gnu::always_inline]] inline void PushNumber(lua_State* L, Integer number) {
 #ifdef __SOFTFP__
   lua_pushnumber(L, DoubleOf(number));
 #else

@@ -50,28 +50,29 @@ timeval ToTimeout(lua_State* L, int index) {
 
 Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
   Slot* slot = slots;
-  for (int index = 1; index <= command.count; ++index, ++slot) {
+  for (int index = 1; index <= command.count; ++index) {
     Parameter parameter = command.parameters[index - 1];
-    ReadArgument(L, command, index, parameter.kind(), parameter.type(), slots, slot);
-    if (IsArray(parameter.kind())) ++slot;
+    slot = ReadArgument(L, command, index, parameter.kind(), parameter.type(), slots, slot);
   }
   return slot;
 }
 
-void Begin(lua_State* L, const CommandRow& command, Slot* slots, Invocation* invocation) {
+int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client,
+                Word (*call)(ClientFunction client, const Slot* slots)) {
   if (lua_gettop(L) != command.count) RejectCount(L, command);
-  if (command.result != kVoid) invocation->handle = PushResultHandle(L, command);
-  ReadArguments(L, command, slots)->pointer = &invocation->out;
-}
-
-int Finish(lua_State* L, const CommandRow& command, const Slot* slots, const Invocation& invocation, Word result) {
-  FreeArrays(command, command.count, slots);
-  if (command.result != kVoid) {
-    FillResultHandle(L, invocation.handle, reinterpret_cast<void*>(result));
+  bool makes_handle = command.result != kVoid;
+  binding::Handle* handle = makes_handle ? PushResultHandle(L, command) : nullptr;
+  Slot slots[2 * kMaxParameters + 1];
+  int out;
+  ReadArguments(L, command, slots)->pointer = &out;
+  Word result = call(client, slots);
+  if (command.has_arrays) FreeArrays(command, command.count, slots);
+  if (makes_handle) {
+    FillResultHandle(L, handle, reinterpret_cast<void*>(result));
   } else {
     binding::PushNumber(L, static_cast<int>(result));
   }
-  if (command.has_out) binding::PushNumber(L, invocation.out);
+  if (command.has_out) binding::PushNumber(L, out);
   return 1 + command.has_out;
 }
 

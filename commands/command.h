@@ -36,8 +36,9 @@ struct ClientName {
 struct CommandRow {
   std::uint16_t name;  // the Lua function's, among the names of all
   ClientName client_name;
-  std::uint8_t count : 7;
+  std::uint8_t count : 6;
   bool has_out : 1;
+  bool has_arrays : 1;
   std::uint8_t invoker;
   TypeId result;  // of the handle it makes, or kVoid
   Parameter parameters[kMaxParameters];
@@ -65,10 +66,10 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   return BuildMembers(L, index, &elements->pointer, count);
 }
 
-// Converts the argument at the index to the slot, or raises its error. Kind and type are the command's for this
-// argument, once more, so that code for one kind can be had by giving it as a constant.
-[[gnu::always_inline]] inline void ReadArgument(lua_State* L, const CommandRow& command, int index, Kind kind,
-                                                TypeId type, Slot* slots, Slot* slot) {
+// Converts the argument at the index to the slot, or raises its error. Returns the next slot. Kind and type are the
+// command's for this argument, once more, so that code for one kind can be had by giving it as a constant.
+[[gnu::always_inline]] inline Slot* ReadArgument(lua_State* L, const CommandRow& command, int index, Kind kind,
+                                                 TypeId type, Slot* slots, Slot* slot) {
   const char* error = nullptr;
   bool converted = true;
   switch (kind) {
@@ -110,13 +111,14 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
     case Kind::kIntegers:
     case Kind::kScores:
     case Kind::kMembers:
-      error = ReadArray(L, index, kind, slot);
+      error = ReadArray(L, index, kind, slot++);
       converted = error == nullptr;
       break;
     default:
       break;
   }
   if (!converted) Reject(L, command, index, error, slots);
+  return slot + 1;
 }
 
 // Converts the Lua arguments from left to right, or raises the error of the first that is wrong. The arrays among the
@@ -134,9 +136,8 @@ template <class... Word>
           constexpr Parameter kParameter = Meaning<Word>::kParameter;
           ++index;
           TypeId type = std::is_same_v<Word, Store> ? kParameter.type() : command.parameters[index - 1].type();
-          ReadArgument(L, command, index, kParameter.kind(), type, slots, slot);
+          slot = ReadArgument(L, command, index, kParameter.kind(), type, slots, slot);
         }
-        slot += Meaning<Word>::Natives::kCount;
       }(),
       ...);
 }
@@ -153,7 +154,8 @@ inline void FreeArrays(const CommandRow& command, int count, const Slot* slot) {
 inline binding::Handle* PushResultHandle(lua_State* L, const CommandRow& command) {
   binding::TypeDescriptor* type = Type(command.result);
   if (command.result == kTypeOf<tq_obj>) return binding::PushEmptyHandle(L, type);  // no class of this module's
-  return binding::PushEmptyClassHandle(L, type, ClassName(command.result), binding::PushClassTableOfClosure(L));
+  binding::PushClassTableOfClosure(L);
+  return binding::PushEmptyClassHandle(L, type, ClassName(command.result), binding::kClassTableOnTop);
 }
 
 inline void FillResultHandle(lua_State* L, binding::Handle* handle, void* result) {
@@ -208,21 +210,16 @@ using Word = std::uintptr_t;
 template <class T>
 using SlotType = std::conditional_t<sizeof(int) == sizeof(void*) && sizeof(T) == sizeof(Word), Word, T>;
 
-// What is the same in all: before the call and after it. The stack has the result's handle on top.
-struct Invocation {
-  binding::Handle* handle;
-  int out;
-};
-void Begin(lua_State* L, const CommandRow& command, Slot* slots, Invocation* invocation);
-int Finish(lua_State* L, const CommandRow& command, const Slot* slots, const Invocation& invocation, Word result);
+// `call` calls the client function with the slots.
+int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client,
+                Word (*call)(ClientFunction client, const Slot* slots));
 
 template <class Result, class... T>
 struct ShortInvoker {
   static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
-    Slot slots[sizeof...(T) + 1];
-    Invocation invocation;
-    Begin(L, command, slots, &invocation);
-    return Finish(L, command, slots, invocation, Call(client, slots, std::index_sequence_for<T...>()));
+    return InvokeShort(L, command, client, [](ClientFunction function, const Slot* slots) {
+      return Call(function, slots, std::index_sequence_for<T...>());
+    });
   }
 
   template <std::size_t... i>
@@ -276,6 +273,7 @@ struct Command {
                    ClientName(client_name, lua),
                    CommandShape::kCount,
                    CommandShape::kHasOut,
+                   CommandShape::kHasArrays,
                    static_cast<std::uint8_t>(place),
                    HandleType(),
                    {}};

@@ -19,7 +19,8 @@ int CallBack(tq_global_t* g, void* message, void* context) {
   if (context == nullptr) return 0;
   const auto* scan = static_cast<const ScanContext*>(context);
   lua_State* L = scan->callback.state;
-  int class_table = binding::PushClassTableOfClosure(L);
+  binding::PushClassTableOfClosure(L);
+  int class_table = lua_gettop(L);
   swiglua_ref_get(&scan->callback);
   auto push = [&](void* pointer, TypeId type, int name_upvalue) {
     binding::PushClassHandle(L, pointer, Type(type), ClassName(type), class_table, name_upvalue);

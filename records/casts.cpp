@@ -44,8 +44,9 @@ extern "C" [[gnu::visibility("hidden")]] int tq_cast(lua_State* L, unsigned numb
     binding::RaiseAtCaller(L, message);
   }
   TypeId type = kTypes[number];
+  binding::PushClassTableOfClosure(L);
   binding::PushClassHandle(L, handle != nullptr ? handle->pointer : nullptr, Type(type), ClassName(type),
-                           binding::PushClassTableOfClosure(L));
+                           binding::kClassTableOnTop);
   return 1;
 }
 

@@ -159,8 +159,9 @@ bool SetInPlace(lua_State* L, const binding::Handle& handle, unsigned number, in
 // making it may raise an error, which must find no record to lose.
 bool Construct(lua_State* L, unsigned number) {
   const ClassRow& row = kClasses.of[number];
+  binding::PushClassTableOfClosure(L);
   binding::Handle* handle =
-      binding::PushEmptyClassHandle(L, Type(row.type), ClassName(row.type), binding::PushClassTableOfClosure(L));
+      binding::PushEmptyClassHandle(L, Type(row.type), ClassName(row.type), binding::kClassTableOnTop);
   handle->pointer = std::calloc(1, row.size);
   if (handle->pointer == nullptr) {
     lua_pushnil(L);

@@ -77,7 +77,7 @@ struct Kinds {
   }
   Kind of[kValueTypeCount] = {};
 };
-inline constexpr Kinds kKinds;
+constexpr Kinds kKinds;
 
 // What is asked of one argument: a handle of a type or one of the value types.
 struct Parameter {

@@ -168,6 +168,7 @@ struct Shape<Result(Word...)> {
   static constexpr int kOuts = (0 + ... + int{Meaning<Word>::kIsOut});
   static constexpr int kCount = sizeof...(Word) - kOuts;
   static constexpr bool kHasOut = kOuts != 0;
+  static constexpr bool kHasArrays = (IsArray(Meaning<Word>::kParameter.kind()) || ...);
   using ResultType = Result;
   using Natives = Join<typename Meaning<Word>::Natives...>;
 

@@ -176,7 +176,7 @@ inline constexpr TypeId kTypeOf = FindType<T>(Types());
 inline constexpr TypeId kVoid = kTypeOf<void>;
 
 // The descriptors in use: our own, or those of modules that were loaded earlier and have the same types.
-extern binding::TypeDescriptor* type_table[kTypeCount + 1];
+[[gnu::visibility("hidden")]] extern binding::TypeDescriptor* type_table[kTypeCount + 1];
 
 inline binding::TypeDescriptor** TypeSlot(TypeId id) { return &type_table[static_cast<int>(id)]; }
 inline binding::TypeDescriptor* Type(TypeId id) { return *TypeSlot(id); }
@@ -184,7 +184,7 @@ inline binding::TypeDescriptor* Type(TypeId id) { return *TypeSlot(id); }
 // The names that we gave the type, whoever's descriptor is in use. The strings stay.
 const char* MangledName(TypeId id);
 const char* ReadableName(TypeId id);
-extern const char* class_names[kTypeCount];
+[[gnu::visibility("hidden")]] extern const char* class_names[kTypeCount];
 inline const char* ClassName(TypeId id) {
   return class_names[static_cast<int>(id)];
 }  // empty for types without a class

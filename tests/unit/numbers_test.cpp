@@ -303,6 +303,27 @@ TEST(Numbers, WhatIsNoNumber) {
   }
 }
 
+// On the device the routines work on the bits; here the processor tells what is right.
+TEST(Numbers, ToDouble) {
+  for (int bit = 0; bit < 64; ++bit) {
+    auto power = static_cast<std::int64_t>(std::uint64_t{1} << bit);
+    for (std::int64_t less = -5; less <= 5; ++less) {
+      auto number = static_cast<std::int64_t>(static_cast<std::uint64_t>(power) + static_cast<std::uint64_t>(less));
+      for (std::int64_t sum : {number, number ^ (number >> 11), number ^ (number >> 12), number ^ (number >> 53)}) {
+        EXPECT_EQ(binding::DoubleOf(sum), static_cast<double>(sum)) << sum;
+        EXPECT_EQ(binding::DoubleOf(~sum), static_cast<double>(~sum)) << ~sum;
+        int narrow = static_cast<int>(sum);
+        EXPECT_EQ(binding::DoubleOf(narrow), narrow);
+      }
+    }
+  }
+  // Halfway between two doubles: to the even one.
+  constexpr std::int64_t kOdd = (std::int64_t{1} << 53) + 1;
+  EXPECT_EQ(binding::DoubleOf(kOdd), 9007199254740992.0);
+  EXPECT_EQ(binding::DoubleOf(kOdd + 2), 9007199254740996.0);
+  EXPECT_FALSE(std::signbit(binding::DoubleOf(0)));
+}
+
 TEST(Numbers, Timeouts) {
   struct {
     double seconds;
