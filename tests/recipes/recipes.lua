@@ -14,7 +14,10 @@ local recipes = {
 /* Removes the first element; returns the length that is left. */
 int tq_mom_ldrop_sync(tq_global_t* g, int db, void* key);]],
     },
-    {"commands/lists.h", before = "TQ_COMMAND(lrange_res_free,", "    TQ_COMMAND(ldrop, tq_mom_ldrop_sync, int(Store, int, Key)),"},
+    {
+      "commands/lists.h", before = "TQ_COMMAND(lrange_res_free,",
+      "    TQ_COMMAND(ldrop, tq_mom_ldrop_sync, int(Store, int, Key)),",
+    },
     {
       "api/lists.lua", before = [[command "linsert" {]],
       [[
@@ -129,7 +132,8 @@ local function apply(edit)
 end
 
 shell("rm -rf '%s' && mkdir -p '%s'", scratch, scratch)
-shell("cd '%s' && git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t '%s'", source, scratch)
+shell("cd '%s' && git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t '%s'", source,
+  scratch)
 for _, recipe in ipairs(recipes) do
   print(recipe.what)
   assert(#recipe <= recipe.most, "too many places")
@@ -142,6 +146,8 @@ shell("cd '%s' && cmake --preset host --log-level=WARNING -DTQ_REQUIRE_TESTS=ON 
 shell("cd '%s' && ctest --test-dir build/host --output-on-failure --no-tests=error -j 2 " ..
   "-E '^(lint|package[.](options|rock|deb)|sweeps|growth|doors)'", scratch)
 if os.execute("command -v arm-linux-gnueabi-g++ >/dev/null") then
-  shell("cd '%s' && arm-linux-gnueabi-g++ -std=c++20 -fsyntax-only -I. -Iinclude -isystem '%s' records/device_layout.cpp",
-    scratch, lua_headers)
+  -- Debian's Lua headers include one that lies with the target's.
+  shell("cd '%s' && mkdir build/lua && echo '#define DEB_HOST_MULTIARCH \"\"' >build/lua/lua5.3-deb-multiarch.h", scratch)
+  shell("cd '%s' && arm-linux-gnueabi-g++ -std=c++20 -fsyntax-only -I. -Iinclude -isystem build/lua -isystem '%s' " ..
+    "records/device_layout.cpp", scratch, lua_headers)
 end
