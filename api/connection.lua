@@ -10,7 +10,7 @@ command "tq_global_init" {
   does = "Makes a runtime.",
   kit = [[
 Each runtime has a store of its own. `name` is the path of a [snapshot](hostkit.md#snapshots), nil or empty for none. A
-given `g` may also be one that is finished. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a
+given `g` only names the runtime: the kit neither reads nor writes it; keep it as long as the runtime. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a
 runtime already, or out of memory.]],
   example = [[
 local other = tq.tq_global_init(nil, nil)
@@ -21,11 +21,14 @@ command "tq_global_finish" {
   global "g" "the runtime",
   client = "tq_global_finish",
   returns = ok,
-  statuses = {TQ_MOM_OK = "", TQ_MOM_INPUT_ERR = "no runtime, or finished before"},
+  statuses = {
+    TQ_MOM_OK = "", TQ_MOM_ERR = "a call with callbacks is under way",
+    TQ_MOM_INPUT_ERR = "no runtime, or finished before",
+  },
   does = "Ends a runtime.",
   kit = [[
-Drops the store and saves nothing. A record that the script gave is zeroed. Results and objects stay valid. Not from
-inside a callback.]],
+Drops the store and saves nothing. Results and objects stay valid. In a callback of a scan or a publish of this runtime,
+or in a finalizer that runs meanwhile, it changes nothing and returns `TQ_MOM_ERR`.]],
   example = [[
 local other = tq.tq_global_init(nil, nil)
 print(tq.tq_global_finish(other)) --> 0.0]],
@@ -48,7 +51,7 @@ command "tq_global_run" {
   returns = ok,
   statuses = {TQ_MOM_OK = "", TQ_MOM_INPUT_ERR = "no runtime"},
   does = "Runs the event loop and returns when it ends.",
-  kit = "Removes everything that is due and returns; it waits for nothing.",
+  kit = "Removes everything that is due, delivers messages that have arrived and returns; it waits for nothing.",
   example = [[print(tq.tq_global_run(g)) --> 0.0]],
 }
 
@@ -78,7 +81,9 @@ command "debug_show_all" {
   returns = ok,
   statuses = {TQ_MOM_OK = "", TQ_MOM_INPUT_ERR = "no runtime"},
   does = "Prints the library's state.",
-  kit = "Prints connection, keys by database and kind, subscriptions, unreleased results and objects to stdout.",
+  kit = [[
+Prints connection, keys by database and kind, subscriptions, and the results and objects that commands returned and
+nobody has released, to stdout.]],
   example = [[print(tq.debug_show_all(g)) --> 0.0]],
 }
 

@@ -30,7 +30,7 @@ function swig_equals(a, b) end
 
 ---Makes a runtime.
 ---
----Host kit: Each runtime has a store of its own. `name` is the path of a snapshot, nil or empty for none. A given `g` may also be one that is finished. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a runtime already, or out of memory.
+---Host kit: Each runtime has a store of its own. `name` is the path of a snapshot, nil or empty for none. A given `g` only names the runtime: the kit neither reads nor writes it; keep it as long as the runtime. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a runtime already, or out of memory.
 ---
 ---```lua
 ---local other = tq.tq_global_init(nil, nil)
@@ -43,9 +43,9 @@ function tq_mom_sync.tq_global_init(name, g) end
 
 ---Ends a runtime.
 ---
----Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR` (no runtime, or finished before)
+---Statuses: `TQ_MOM_OK`, `TQ_MOM_ERR` (a call with callbacks is under way), `TQ_MOM_INPUT_ERR` (no runtime, or finished before)
 ---
----Host kit: Drops the store and saves nothing. A record that the script gave is zeroed. Results and objects stay valid. Not from inside a callback.
+---Host kit: Drops the store and saves nothing. Results and objects stay valid. In a callback of a scan or a publish of this runtime, or in a finalizer that runs meanwhile, it changes nothing and returns `TQ_MOM_ERR`.
 ---
 ---```lua
 ---local other = tq.tq_global_init(nil, nil)
@@ -70,7 +70,7 @@ function tq_mom_sync.tq_global_get_master(g) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR` (no runtime)
 ---
----Host kit: Removes everything that is due and returns; it waits for nothing.
+---Host kit: Removes everything that is due, delivers messages that have arrived and returns; it waits for nothing.
 ---
 ---```lua
 ---print(tq.tq_global_run(g)) --> 0.0
@@ -111,7 +111,7 @@ function tq_mom_sync.client_connect_cluster(g, n) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR` (no runtime)
 ---
----Host kit: Prints connection, keys by database and kind, subscriptions, unreleased results and objects to stdout.
+---Host kit: Prints connection, keys by database and kind, subscriptions, and the results and objects that commands returned and nobody has released, to stdout.
 ---
 ---```lua
 ---print(tq.debug_show_all(g)) --> 0.0
