@@ -124,8 +124,8 @@ struct DatabaseSummary {
 enum class Bring { kNames, kStrings };
 
 enum class Feature {
-  // Poll brings all messages, those that this runtime publishes included. Without it Poll brings none, and the
-  // client itself delivers what it publishes, at once.
+  // Poll brings all messages; those that this runtime publishes it brings as soon as Publish has returned. Without it
+  // Poll brings none, and the client itself delivers what it publishes.
   kMessagesByPoll,
   // FreezeClock, AdvanceClock and ThawClock.
   kClock

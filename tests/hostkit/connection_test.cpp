@@ -252,7 +252,7 @@ TEST_F(Commands, SayWhyTheyFail) {
   tq_mom_lset_sync(g, 0, Obj("nobody", "v"), 0);
   EXPECT_STREQ(tq_kit_last_error(g), "the list has no such element");
   StatusOf(tq_mom_incr_sync(g, 0, Obj("k")), tq_mom_incr_res_free);
-  EXPECT_STREQ(tq_kit_last_error(g), "the value is no decimal 64-bit number");
+  EXPECT_STREQ(tq_kit_last_error(g), "the value is no decimal 64-bit number in its shortest form");
   EXPECT_EQ(tq_mom_exists_sync(g, 0, key), 1);
   EXPECT_STREQ(tq_kit_last_error(g), "") << "the last call did not fail";
 }
