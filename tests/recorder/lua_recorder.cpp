@@ -279,13 +279,14 @@ struct FailingAllocator {
   lua_Alloc original;
   void* original_data;
   lua_Integer fail_in;
+  bool once;
   bool failed;
 };
 
 void* AllocateOrFail(void* data, void* block, size_t old_size, size_t new_size) {
   auto* const allocator = static_cast<FailingAllocator*>(data);
   const bool grows = new_size > 0 && (block == nullptr || new_size > old_size);
-  if (grows && (allocator->failed || --allocator->fail_in == 0)) {
+  if (grows && ((allocator->failed && !allocator->once) || --allocator->fail_in == 0)) {
     allocator->failed = true;
     return nullptr;
   }
@@ -293,9 +294,11 @@ void* AllocateOrFail(void* data, void* block, size_t old_size, size_t new_size) 
 }
 
 // without_memory(n, f, ...) -> whether it came to it, then as pcall: f runs, and its nth request for Lua memory and all
-// later ones fail.
+// later ones fail. short_of_memory(n, f, ...): only that one, so that Lua collects its garbage and asks again.
+template <bool once>
 int WithoutMemory(lua_State* L) {
   FailingAllocator allocator{};
+  allocator.once = once;
   allocator.fail_in = luaL_checkinteger(L, 1);
   allocator.original = lua_getallocf(L, &allocator.original_data);
   lua_setallocf(L, AllocateOrFail, &allocator);
@@ -457,7 +460,8 @@ const luaL_Reg kFunctions[] = {
     {"address", GetAddress},
     {"size", GetSize},
     {"cfunction", NewCFunction},
-    {"without_memory", WithoutMemory},
+    {"without_memory", WithoutMemory<false>},
+    {"short_of_memory", WithoutMemory<true>},
     {"stderr_of", StderrOf},
     {"in_new_state", InNewState},
     {"symbol", GetSymbol},

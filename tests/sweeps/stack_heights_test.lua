@@ -1,6 +1,7 @@
 -- Everything is called with every small number of values below it on a fresh Lua stack, so that it meets the end of the
 -- stack wherever it may: what makes no room for what it pushes writes behind the end.
 local luaunit = require "luaunit"
+local arguments = require "arguments"
 local catalog = require "catalog"
 local guard = require "stack_guard"
 local support = require "support"
@@ -30,43 +31,26 @@ function TestStackHeights:tearDown()
   recorder.reset()
 end
 
-local arrays = {
-  fields = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30},
-}
-arrays.scores, arrays.members = arrays.fields, {}
-for i in ipairs(arrays.scores) do arrays.members[i] = tq.get_op_t() end
-
--- An argument of each kind that its command takes.
-local function argument_for(argument)
-  local kind = argument.kind
-  if arrays[kind] then return arrays[kind] end
-  if argument.class then return tq[argument.class.name]() end
-  if kind == "name" then return "name" end
-  if kind == "callback" then return function() return 0 end end
-  if kind == "global" or kind == "key" or kind == "void" then return nil end
-  return 3
-end
-
 function TestStackHeights:test_commands()
   for _, command in ipairs(catalog.commands) do
-    local arguments = {n = #command.arguments}
-    for i, argument in ipairs(command.arguments) do arguments[i] = argument_for(argument) end
+    local list = arguments.of(command)
     local f = tq[command.name]
     recorder.returns(command.client, 0x1000, 5)
-    succeeds(f, table.unpack(arguments, 1, arguments.n))
-    fails(f, table.unpack(arguments, 1, arguments.n + 1))
+    succeeds(f, table.unpack(list, 1, list.n))
+    fails(f, table.unpack(list, 1, list.n + 1))
     for i, argument in ipairs(command.arguments) do
       if argument.kind == "int" or argument.class then
-        local old = arguments[i]
-        arguments[i] = {}
-        fails(f, table.unpack(arguments, 1, arguments.n))
-        arguments[i] = old
+        local old = list[i]
+        list[i] = {}
+        fails(f, table.unpack(list, 1, list.n))
+        list[i] = old
       end
     end
   end
 end
 
 function TestStackHeights:test_array_elements_that_are_refused()
+  local arrays = arguments.arrays
   local bad = table.move(arrays.fields, 1, #arrays.fields, 1, {})
   bad[#bad] = {}
   fails(tq.hmset, nil, 0, nil, bad)
@@ -103,16 +87,15 @@ function TestStackHeights:test_records()
 end
 
 function TestStackHeights:test_arrays_of_records()
-  local record = tq.tq_mom_zrange_res_t()
-  local layout = recorder.layouts.tq_mom_zrange_res_t.fields
-  local array = recorder.alloc(100 * 8)
-  support.poke(support.pointer_of(record) + layout.value.offset, support.pointer, array)
-  support.poke(support.pointer_of(record) + layout.score.offset, support.pointer, array)
-  support.poke(support.pointer_of(record) + layout.count.offset, support.size, 100)
-  recorder.write(array, string.rep("\1", 100 * 8))
-  succeeds(get, record, "value")
-  succeeds(get, record, "score")
-  recorder.free(array)
+  local class = catalog.class_by_name.tq_mom_zrange_res_t
+  for _, field in ipairs(class.fields) do
+    if field.count then
+      local record = tq[class.name]()
+      local block = arguments.fill_array(record, class, field, 100)
+      succeeds(get, record, field.name)
+      recorder.free(block)
+    end
+  end
 end
 
 function TestStackHeights:test_scans()
