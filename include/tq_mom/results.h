@@ -10,24 +10,7 @@
 /* A value object: the library's opaque holder of one key, value or element. */
 typedef struct tq_obj tq_obj;
 
-#define TQ_MOM_ARRAY_RESULT(name)    \
-  typedef struct tq_mom_##name##_s { \
-    tq_obj** value_array;            \
-    size_t count;                    \
-    int error_code;                  \
-  } tq_mom_##name##_t
-
-#define TQ_MOM_NUMBER_RESULT(name, type, member) \
-  typedef struct tq_mom_##name##_s {             \
-    type member;                                 \
-    int error_code;                              \
-  } tq_mom_##name##_t
-
-#define TQ_MOM_STATUS_RESULT(name)   \
-  typedef struct tq_mom_##name##_s { \
-    int error_code;                  \
-  } tq_mom_##name##_t
-
+/* clang-format off */
 /* value holds the hash's fields; field_tag lists the field numbers that are present, field_change_tag those that
  * changed since they were last read. */
 typedef struct tq_mom_hash_res_s {
@@ -38,61 +21,35 @@ typedef struct tq_mom_hash_res_s {
   size_t field_change_tag_count;
   int error_code;
 } tq_mom_hash_res_t;
-
-TQ_MOM_ARRAY_RESULT(set_res);
-TQ_MOM_ARRAY_RESULT(list_res);
-TQ_MOM_NUMBER_RESULT(get_res, tq_obj*, value);
-TQ_MOM_NUMBER_RESULT(incr_res, int64_t, value);
-TQ_MOM_NUMBER_RESULT(setnx_res, int, value);
-TQ_MOM_ARRAY_RESULT(smembers_res);
-TQ_MOM_NUMBER_RESULT(llen_res, long long, len);
-TQ_MOM_ARRAY_RESULT(lrange_res);
-TQ_MOM_NUMBER_RESULT(linsert_res, long long, len);
-TQ_MOM_NUMBER_RESULT(lminsert_res, size_t, len);
-TQ_MOM_NUMBER_RESULT(lmrem_res, size_t, len);
-TQ_MOM_STATUS_RESULT(lset_res);
-TQ_MOM_STATUS_RESULT(save_res);
-TQ_MOM_NUMBER_RESULT(zcard_res, long long, len);
-TQ_MOM_NUMBER_RESULT(zrank_res, long long, rank);
-
+typedef struct tq_mom_set_res_s { tq_obj** value_array; size_t count; int error_code; } tq_mom_set_res_t;
+typedef struct tq_mom_list_res_s { tq_obj** value_array; size_t count; int error_code; } tq_mom_list_res_t;
+typedef struct tq_mom_get_res_s { tq_obj* value; int error_code; } tq_mom_get_res_t;
+typedef struct tq_mom_incr_res_s { int64_t value; int error_code; } tq_mom_incr_res_t;
+typedef struct tq_mom_setnx_res_s { int value; int error_code; } tq_mom_setnx_res_t;
+typedef struct tq_mom_smembers_res_s { tq_obj** value_array; size_t count; int error_code; } tq_mom_smembers_res_t;
+typedef struct tq_mom_llen_res_s { long long len; int error_code; } tq_mom_llen_res_t;
+typedef struct tq_mom_lrange_res_s { tq_obj** value_array; size_t count; int error_code; } tq_mom_lrange_res_t;
+typedef struct tq_mom_linsert_res_s { long long len; int error_code; } tq_mom_linsert_res_t;
+typedef struct tq_mom_lminsert_res_s { size_t len; int error_code; } tq_mom_lminsert_res_t;
+typedef struct tq_mom_lmrem_res_s { size_t len; int error_code; } tq_mom_lmrem_res_t;
+typedef struct tq_mom_lset_res_s { int error_code; } tq_mom_lset_res_t;
+typedef struct tq_mom_save_res_s { int error_code; } tq_mom_save_res_t;
+typedef struct tq_mom_zcard_res_s { long long len; int error_code; } tq_mom_zcard_res_t;
+typedef struct tq_mom_zrank_res_s { long long rank; int error_code; } tq_mom_zrank_res_t;
 /* exist is nonzero when the member is in the sorted set. */
-typedef struct tq_mom_zscore_res_s {
-  double score;
-  int exist;
-  int error_code;
-} tq_mom_zscore_res_t;
-
-TQ_MOM_NUMBER_RESULT(zcount_res, long long, len);
-
+typedef struct tq_mom_zscore_res_s { double score; int exist; int error_code; } tq_mom_zscore_res_t;
+typedef struct tq_mom_zcount_res_s { long long len; int error_code; } tq_mom_zcount_res_t;
 /* value and score are parallel: element i of each belongs together. */
-typedef struct tq_mom_zrange_res_s {
-  tq_obj** value;
-  double* score;
-  size_t count;
-  int error_code;
-} tq_mom_zrange_res_t;
-
+typedef struct tq_mom_zrange_res_s { tq_obj** value; double* score; size_t count; int error_code; } tq_mom_zrange_res_t;
 typedef struct tq_mom_zrangebyscore_res_s {
-  tq_obj** value;
-  double* score;
-  size_t count;
-  int error_code;
+  tq_obj** value; double* score; size_t count; int error_code;
 } tq_mom_zrangebyscore_res_t;
-
 typedef struct tq_mom_sortedset_res_s {
-  tq_obj** value_array;
-  double* score;
-  size_t count;
-  int error_code;
+  tq_obj** value_array; double* score; size_t count; int error_code;
 } tq_mom_sortedset_res_t;
-
-TQ_MOM_NUMBER_RESULT(scard_res, long long, len);
-
+typedef struct tq_mom_scard_res_s { long long len; int error_code; } tq_mom_scard_res_t;
 /* len is nonzero when the member is in the set. */
-TQ_MOM_NUMBER_RESULT(sismember_res, long long, len);
-
-#undef TQ_MOM_ARRAY_RESULT
-#undef TQ_MOM_NUMBER_RESULT
-#undef TQ_MOM_STATUS_RESULT
+typedef struct tq_mom_sismember_res_s { long long len; int error_code; } tq_mom_sismember_res_t;
+/* clang-format on */
 
 #endif

@@ -86,6 +86,46 @@ function TestDeclarations:test_every_function_is_described()
   for name in pairs(declared) do luaunit.assertTrue(described[name], name) end
 end
 
+-- The members of a class's structure: types by name, without what makes them arrays.
+local function declared_members(class)
+  local text = header "options.h" .. header "results.h" .. header "messages.h" .. header "runtime.h"
+  local body = class.tag and text:match("typedef union (%b{}) " .. class.name .. ";") or
+    text:match("struct " .. class.structure .. " (%b{})")
+  local members = {}
+  for declaration in assert(body, class.name .. " is not declared"):gsub("[{}]", ""):gmatch("[^;]+") do
+    local handler = declaration:match("%(%*([%w_]+)%)")
+    local type_name, name = declaration:gsub("%[.-%]", ""):match("^(.-)([%w_]+)%s*$")
+    if handler then
+      members[handler] = bare(declaration:gsub(handler, ""))
+    elseif name then
+      members[name] = bare(type_name)
+    end
+  end
+  return members
+end
+
+for _, class in ipairs(module.classes) do
+  TestDeclarations["test_" .. class.name] = function()
+    local members = declared_members(class)
+    for _, field in ipairs(class.fields) do
+      local native = bare(field.native:gsub("%[.*", ""))
+      luaunit.assertEquals(members[field.name], native == "fd_set" and "tq_fd_set" or native, field.name)
+    end
+    for _, field in ipairs(class.fields) do
+      if field.count then luaunit.assertEquals(members[field.count], "size_t", field.count) end
+    end
+    for _, field in ipairs(class.fields) do
+      members[field.name] = nil
+      if field.count then members[field.count] = nil end
+    end
+    for _, name in ipairs(class.hidden or {}) do
+      luaunit.assertNotNil(members[name], name)
+      members[name] = nil
+    end
+    luaunit.assertEquals(members, {})
+  end
+end
+
 function TestDeclarations:test_constants()
   local declared_constants = {}
   local text = header "constants.h" .. header "runtime.h"
