@@ -8,7 +8,6 @@ tq.set(g, db, tq_obj.new("port/2", "down"))]],
 command "publish" {
   g, db, key "names the channel and carries the message",
   returns = number "subscribers" "how many got it",
-  writes = true,
   options = "publish_op_t",
   does = "Sends a message to the subscribers. Nothing is stored.",
   kit = "Sends the object's value under its key; [hostkit.md](hostkit.md#publish) says who can subscribe.",

@@ -1518,7 +1518,7 @@ function tq_mom_sync.zscore_res_free(result) end
 
 ---Sends a message to the subscribers. Nothing is stored.
 ---
----Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`, `TQ_MOM_GLOBAL_DB_NO_WRITE`
+---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`
 ---
 ---Host kit: Sends the object's value under its key; hostkit.md says who can subscribe.
 ---
@@ -1535,7 +1535,7 @@ function tq_mom_sync.publish(g, db, key) end
 
 ---As `publish`, with options.
 ---
----Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`, `TQ_MOM_GLOBAL_DB_NO_WRITE`
+---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`
 ---
 ---```lua
 ---print(tq.publish_ext(g, db, tq.publish_op_t(), tq_obj.new("alarms", "fan 2"))) --> 0.0

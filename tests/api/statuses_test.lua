@@ -2,6 +2,7 @@
 local luaunit = require "luaunit"
 local description = require "api.description"
 local kit = require "kit"
+local tq_kit = require "tq_kit"
 
 local tq = kit.module
 
@@ -9,8 +10,16 @@ local tq = kit.module
 local function good(argument, g)
   local kind = argument.kind
   if kind == "global" then return g end
-  if kind == "key" then return kit.key("key", "1") end
-  if kind == "op" then return tq[argument.class]() end
+  if kind == "key" then
+    local key = kit.key("key", "1")
+    key[1] = "field"
+    return key
+  end
+  if kind == "op" then
+    local options = tq[argument.class]()
+    for _, field in ipairs(description.class_by_name[argument.class].fields) do options[field.name] = 1 end
+    return options
+  end
   if kind == "fields" then return {1} end
   if kind == "scores" then return {1} end
   if kind == "members" then return {kit.key("key", "1")} end
@@ -48,6 +57,8 @@ for _, entry in ipairs(description.module_by_name.tq_mom_sync.functions) do
         if status == tq[name] then status = 0 end
       end
       luaunit.assertTrue(status >= 0)
+      tq_kit.read_only(g, kit.db, true)
+      luaunit.assertEquals(status_of(entry, g) == tq.TQ_MOM_GLOBAL_DB_NO_WRITE, entry.writes or false)
       kit.number(0, tq.tq_global_finish(g))
     end
   end
