@@ -15,6 +15,7 @@ constexpr std::size_t kScriptWord = 1;
 
 ServerCommand::ServerCommand(Effect effect, Script script, int key_count)
     : effect_(effect), is_script_(true), script_(script) {
+  words_.reserve(kUsualWords);
   Add("EVALSHA").Add(DigestOf(script)).Add(std::int64_t{key_count});
 }
 

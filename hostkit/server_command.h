@@ -17,7 +17,10 @@ enum class Effect { kReads, kWrites };
 // Words that are added as texts must outlive the command, those that are made of numbers are its own.
 class ServerCommand {
  public:
-  ServerCommand(Effect effect, std::string_view verb) : effect_(effect) { Add(verb); }
+  ServerCommand(Effect effect, std::string_view verb) : effect_(effect) {
+    words_.reserve(kUsualWords);
+    Add(verb);
+  }
   // Runs a script on keys and arguments that follow.
   ServerCommand(Effect effect, Script script, int key_count);
 
@@ -40,6 +43,8 @@ class ServerCommand {
   std::string_view operator[](std::size_t index) const;
 
  private:
+  static constexpr std::size_t kUsualWords = 8;
+
   // A word of its own lies in own_, which may move while the command grows.
   struct Word {
     const char* data;  // null for one of its own
