@@ -1,7 +1,9 @@
 #include "hostkit/server_scan.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
+#include <thread>
 #include <utility>
 
 #include "hostkit/server_pattern.h"
@@ -11,6 +13,8 @@ namespace {
 
 // Beyond that many bytes a page leaves the values of its strings out.
 constexpr std::int64_t kPageBytes = 1 << 20;
+// Between two looks at a cluster whose slots move.
+constexpr std::chrono::milliseconds kPause{100};
 constexpr std::string_view kBeginning = "0";
 
 }  // namespace
@@ -85,18 +89,38 @@ Status ServerScan::PlanNodes() {
   return {};
 }
 
+Status ServerScan::FindOpenSlots(const ServerAddress& node, std::bitset<kSlotCount>* open) {
+  ServerCommand nodes(Effect::kReads, "CLUSTER");
+  nodes.Add("NODES");
+  ReplyPtr reply;
+  std::string lines;
+  if (Status status = router_->RunOn(node, &nodes, NewEnd(), &reply); !status.ok()) return status;
+  if (!Take(*reply, &lines)) return {StatusCode::kFailed, "an answer of an unexpected form"};
+  // Its own line ends in the slots, of which those on the move look like [93->-id] or [93-<-id].
+  const std::size_t own = lines.find("myself");
+  const std::string line = own != std::string::npos ? lines.substr(own, lines.find('\n', own) - own) : "";
+  for (std::size_t at = line.find('['); at != std::string::npos; at = line.find('[', at + 1)) {
+    const int slot = std::atoi(line.c_str() + at + 1);
+    if (slot >= 0 && slot < kSlotCount) open->set(static_cast<std::size_t>(slot));
+  }
+  return {};
+}
+
 Status ServerScan::FinishNode() {
+  const ServerAddress node = nodes_.back();
+  nodes_.pop_back();
   walking_ = false;
   if (!router_->is_cluster()) {
     done_.set();
     return {};
   }
-  const ServerAddress node = nodes_.back();
+  std::bitset<kSlotCount> open;
+  if (Status status = FindOpenSlots(node, &open); !status.ok()) return status;
   if (Status status = router_->Refresh(NewEnd()); !status.ok()) return status;
   for (int slot = 0; slot < kSlotCount; ++slot) {
     const auto index = static_cast<std::size_t>(slot);
     const ServerAddress* owner = router_->slots().OwnerOf(slot);
-    if (node_slots_[index] && owner != nullptr && *owner == node) done_.set(index);
+    if (node_slots_[index] && !open[index] && owner != nullptr && *owner == node) done_.set(index);
   }
   return {};
 }
@@ -148,22 +172,38 @@ Status ServerScan::ReadPage() {
   return {};
 }
 
+Status ServerScan::Advance(bool* over) {
+  if (nodes_.empty()) {
+    if (Status status = PlanNodes(); !status.ok()) return status;
+    *over = nodes_.empty();
+    if (*over) return {};
+    if (done_.any()) {
+      // Slots are on the move, or were.
+      if (++replans_ * kPause > limit_) return {StatusCode::kUnavailable, "the slots keep moving"};
+      std::this_thread::sleep_for(kPause);
+    }
+  }
+  if (Status status = ReadPage(); !status.ok()) return status;
+  return cursor_ == kBeginning ? FinishNode() : Status();
+}
+
 Status ServerScan::Next(std::size_t most, std::vector<Element>* batch) {
+  const CallEnd end = NewEnd();
   while (pending_.empty()) {
-    if (nodes_.empty()) {
-      if (part_ + 1 == parts_) return {};
-      ++part_;
-      seen_.Clear();
-      done_.reset();
-      if (Status status = PlanNodes(); !status.ok()) return status;
+    bool over = false;
+    if (Status status = Advance(&over); !status.ok()) {
+      // A lost master's replica takes over, and is walked from its beginning.
+      walking_ = false;
+      nodes_.clear();
+      if (!router_->is_cluster() || status.code() != StatusCode::kUnavailable || end.Passed()) return status;
+      std::this_thread::sleep_for(kPause);
     }
-    if (Status status = ReadPage(); !status.ok()) return status;
-    if (cursor_ != kBeginning) continue;
-    if (Status status = FinishNode(); !status.ok()) return status;
-    nodes_.pop_back();
-    if (nodes_.empty()) {
-      if (Status status = PlanNodes(); !status.ok()) return status;
-    }
+    if (!over) continue;
+    if (part_ + 1 == parts_) return {};
+    ++part_;
+    replans_ = 0;
+    seen_.Clear();
+    done_.reset();
   }
   for (; most != 0 && !pending_.empty(); --most) {
     Pending& first = pending_.front();

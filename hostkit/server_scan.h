@@ -49,13 +49,17 @@ class ServerScan : public Cursor {
 
  private:
   CallEnd NewEnd() const;
-  // Prepares the walk of the nodes that have slots which are not done; none: the part is done.
+  // Finds the nodes that have slots which are not done.
   Status PlanNodes();
   Status ReadPage();
   // What a page says of a key; value is null if it was not asked for. False if the key is none of this database's.
   bool TakeKey(const redisReply& key, const redisReply* value);
   // Reads the values that a page had no room for.
   Status ReadValue(Element* element);
+  // One step: a page, and what there is to do before and after it. *over: all slots of the part are done.
+  Status Advance(bool* over);
+  // The slots that are on their way to the node or from it.
+  Status FindOpenSlots(const ServerAddress& node, std::bitset<kSlotCount>* open);
   // Notes which slots a walked node has had from its walk's beginning to its end.
   Status FinishNode();
 
@@ -75,6 +79,7 @@ class ServerScan : public Cursor {
   std::vector<ServerAddress> nodes_;
   std::bitset<kSlotCount> node_slots_;  // of the node that is being walked
   bool walking_ = false;
+  int replans_ = 0;  // walks of this part that were for slots on the move
   std::string cursor_;
   struct Pending {
     Element element;
