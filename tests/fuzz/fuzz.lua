@@ -1,7 +1,7 @@
 -- Random lines against the module, checked by a model: fuzz.lua recorder|kit SEED|new LINES SCRIPT [SECONDS]
 --
--- Each round starts afresh and leaves nothing behind. Its lines go to SCRIPT before they run, so that the file repeats a
--- failure even where the process dies of it.
+-- Each round starts afresh and leaves nothing behind. Its lines go to SCRIPT before they run, so that the file repeats
+-- a failure even where the process dies of it.
 local backend, seed, wanted, path, seconds = table.unpack(arg, 1, 5)
 assert(path, "usage: fuzz.lua recorder|kit SEED|new LINES SCRIPT [SECONDS]")
 seed = seed == "new" and os.time() * 1000 or tonumber(seed)

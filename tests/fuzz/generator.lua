@@ -1,5 +1,5 @@
--- Makes up the lines of fuzzing scripts. A model of handles, records and who owns them says what each line does, so that
--- the line can check it, and which pointers may be followed: a record that nobody can reach any more is dead.
+-- Makes up the lines of fuzzing scripts. A model of handles, records and who owns them says what each line does, so
+-- that the line can check it, and which pointers may be followed: a record that nobody can reach any more is dead.
 local generator = {}
 
 local random = math.random
@@ -19,9 +19,9 @@ end
 generator.quote = quote
 
 local numbers = {
-  0, 1, -1, 2, 7, 0.5, -0.5, 1.9, -1.9, -0.0, 32767, 32768, -32769, 65536, 2147483647, 2147483648, -2147483648, -2147483649,
-  2147483646.5, 4294967294.5, 4294967295, 4294967296, 2 ^ 53, -2 ^ 53, 2 ^ 63, -2 ^ 63, 1e300, -1e300, 1 / 0, -1 / 0, 0 / 0,
-  math.maxinteger, math.mininteger, "12", "0x10", " 7 ", "-1.9", "1e2",
+  0, 1, -1, 2, 7, 0.5, -0.5, 1.9, -1.9, -0.0, 32767, 32768, -32769, 65536, 2147483647, 2147483648, -2147483648,
+  -2147483649, 2147483646.5, 4294967294.5, 4294967295, 4294967296, 2 ^ 53, -2 ^ 53, 2 ^ 63, -2 ^ 63, 1e300, -1e300,
+  1 / 0, -1 / 0, 0 / 0, math.maxinteger, math.mininteger, "12", "0x10", " 7 ", "-1.9", "1e2",
 }
 
 local function any_number()
@@ -45,7 +45,7 @@ function convert.short(value) return (string.unpack("i2", string.pack("i4", conv
 function convert.double(value) return tonumber(value) + 0.0 end
 function convert.unsigned(value)
   value = tonumber(value)
-  if not (value >= 0) then return nil end
+  if value ~= value or value < 0 then return nil end
   return math.tointeger(saturate(value, 0, 4294967295))
 end
 convert.size_t = convert.unsigned
@@ -100,8 +100,6 @@ function generator.new(env)
   local function usable(handle)
     return handle.class ~= nil and handle.record.class == handle.class and alive(handle.record)
   end
-
-  local function size_of(class) return layouts[class.layout].size end
 
   local function kill(record)
     record.alive = false
@@ -297,7 +295,7 @@ function generator.new(env)
   -- Fields
 
   -- The union's numbers lie in the same bytes.
-  local function cell_of(record, field)
+  local function cell_of(field)
     if field.class.name == "tq_thread_u" and field.kind == "int" then return "number" end
     return field.name
   end
@@ -319,7 +317,7 @@ function generator.new(env)
   local readers = {}
 
   local function read_number(slot, record, field)
-    local value = record.cells[cell_of(record, field)]
+    local value = record.cells[cell_of(field)]
     if value == nil then value = 0 end
     if value == "unknown" then
       emit("is('float', math.type(s[%d].%s))", slot, field.name)
@@ -394,7 +392,7 @@ function generator.new(env)
       return
     end
     emit("s[%d].%s = %s", slot, field.name, quote(value))
-    record.cells[cell_of(record, field)] = stored
+    record.cells[cell_of(field)] = stored
     if record.inner and record.inner.sands then record.inner.sands.byte = nil end
     read_number(slot, record, field)
   end
@@ -532,13 +530,14 @@ function generator.new(env)
   function ops.write_wrong_kind()
     local slot, _, field = pick_field()
     if not slot or field.kind == "object" or field.kind == "bytes" or field.kind == "union" then return end
-    local kind_error = format("Error in %s::%s (arg 2), expected '%s' got ", field.class.structure, field.name, field.text)
+    local kind_error = format("Error in %s::%s (arg 2), expected '%s' got ", field.class.structure, field.name,
+      field.text)
     local from, handle = pick()
     if chance(50) and field.kind ~= "void" then
       if takes_handle[field.kind] then
         if handle.type == field.mangled then return end
-        emit("raises('Error in %s_%s_set (arg 2), expected ', set, s[%d], %q, s[%d])", field.class.name, field.name, slot,
-          field.name, from)
+        emit("raises('Error in %s_%s_set (arg 2), expected ', set, s[%d], %q, s[%d])", field.class.name, field.name,
+          slot, field.name, from)
         if takes_over[field.kind] then
           emit("is(0, own(s[%d]))", from)
           give_up(handle)
@@ -570,12 +569,13 @@ function generator.new(env)
         emit("raises('Error in %s_%s_get (arg 1), expected ', %s, s[%d])", class, field.name, get, slot)
       end
     elseif choice == 3 then
-      emit("raises('Error in %s::%s (arg 1), expected ', %s, %s)", field.class.structure, field.name, get, one_of(kPlain))
+      emit("raises('Error in %s::%s (arg 1), expected ', %s, %s)", field.class.structure, field.name, get,
+        one_of(kPlain))
     else
       local slot = pick(function(handle) return handle.class == field.class and usable(handle) end)
       if slot then
-        emit("raises('Error in %s::%s expected 1..1 args, got 2', %s, s[%d], nil)", field.class.structure, field.name, get,
-          slot)
+        emit("raises('Error in %s::%s expected 1..1 args, got 2', %s, s[%d], nil)", field.class.structure, field.name,
+          get, slot)
         if field.kind ~= "union" then
           emit("raises('Error in %s::%s expected 2..2 args, got 3', %s, s[%d], nil, nil)", field.class.structure,
             field.name, set, slot)
@@ -584,8 +584,8 @@ function generator.new(env)
     end
   end
 
-  -- Commands. An argument is {text, native}: its source, and that of what the client library gets; one that is wrong has
-  -- a stage and a message. Kinds are checked before conversions, each from left to right.
+  -- Commands. An argument is {text, native}: its source, and that of what the client library gets; one that is wrong
+  -- has a stage and a message. Kinds are checked before conversions, each from left to right.
   local function wrong_kind(text) return {text = text, stage = "kind"} end
 
   local function handle_argument(class)
@@ -606,7 +606,8 @@ function generator.new(env)
   local function number_argument(kind)
     if chance(5) then
       local slot = pick()
-      return wrong_kind(slot and chance(30) and format("s[%d]", slot) or one_of {"true", "{}", "nil", "'text'", "print"})
+      if slot and chance(30) then return wrong_kind(format("s[%d]", slot)) end
+      return wrong_kind(one_of {"true", "{}", "nil", "'text'", "print"})
     end
     local value = any_number()
     local stored = convert[kind](value)
@@ -620,7 +621,7 @@ function generator.new(env)
     return {text = "nil", native = "0"}
   end
 
-  local messages = {
+  local refusals = {
     fields = {"input error, errcode_1", "input error, errcode_3"},
     scores = {"input error, expect array", "input error"},
     members = {"input error, expect array", "input error"},
@@ -640,10 +641,14 @@ function generator.new(env)
       return argument.text, argument.native
     end,
   }
-  local wrong_elements = {fields = {"2.0", "'2'", "true", "{}"}, scores = {"'x'", "true", "{}"}, members = {"'x'", "5", "{}"}}
+  local wrong_elements = {
+    fields = {"2.0", "'2'", "true", "{}"}, scores = {"'x'", "true", "{}"}, members = {"'x'", "5", "{}"},
+  }
 
   local function array_argument(kind, length)
-    if chance(5) then return {text = one_of {"nil", "7", "'text'", "print"}, stage = "convert", message = messages[kind][1]} end
+    if chance(5) then
+      return {text = one_of {"nil", "7", "'text'", "print"}, stage = "convert", message = refusals[kind][1]}
+    end
     local texts, natives = {}, {}
     for i = 1, length do texts[i], natives[i] = elements[kind]() end
     -- A hole at the end would leave the length open.
@@ -653,7 +658,7 @@ function generator.new(env)
     local argument = {}
     if chance(5) and length > 0 then
       texts[random(length)] = one_of(wrong_elements[kind])
-      argument.stage, argument.message = "convert", messages[kind][2]
+      argument.stage, argument.message = "convert", refusals[kind][2]
     end
     argument.text, argument.native = format("{%s}", concat(texts, ", ")), format("{%s}", concat(natives, ", "))
     argument.length = length
@@ -695,7 +700,8 @@ function generator.new(env)
     members = function(_, length) return array_argument("members", length) end,
     callback = function()
       if chance(20) then
-        return {text = one_of {"5", "'text'", "{}", "true"}, stage = "convert", message = "input error: cb is not function"}
+        local text = one_of {"5", "'text'", "{}", "true"}
+        return {text = text, stage = "convert", message = "input error: cb is not function"}
       end
       return {text = "nil", native = "0"}
     end,
@@ -725,7 +731,8 @@ function generator.new(env)
     local natives = {}
     for i, value in ipairs(values) do
       natives[#natives + 1] = value.native
-      if value.length and not (values[i + 1] and values[i + 1].length) then natives[#natives + 1] = tostring(value.length) end
+      local following = values[i + 1]
+      if value.length and not (following and following.length) then natives[#natives + 1] = tostring(value.length) end
     end
     return natives
   end
@@ -757,7 +764,8 @@ function generator.new(env)
       return
     end
     local natives = natives_of(values)
-    local result, out, to, handle = tostring(random(-5, 100)), tostring(random(-5, 100)), nil, nil
+    local result, written = tostring(random(-5, 100)), tostring(random(-5, 100))
+    local to, handle
     local kind = command.results[1].kind
     if command.cast then
       result = natives[1]
@@ -787,7 +795,7 @@ function generator.new(env)
     if command.called:find("^_tq_mom_hm") then
       natives = {table.unpack(natives, 1, 4)}
     end
-    emit("%scall(%q, %s, %s, {%s}, %s)", to and format("s[%d] = ", to) or "", command.name, result, out,
+    emit("%scall(%q, %s, %s, {%s}, %s)", to and format("s[%d] = ", to) or "", command.name, result, written,
       concat(natives, ", "), source)
     if to then put(to, handle) end
     if option and option.cells.flag ~= "unknown" then emit("flagged(%d)", option.cells.flag or 0) end
@@ -908,7 +916,8 @@ function generator.new(env)
   end
 
   -- For other parts of the model.
-  self.random, self.chance, self.one_of, self.pick, self.put, self.free_slot = random, chance, one_of, pick, put, free_slot
+  self.random, self.chance, self.one_of = random, chance, one_of
+  self.pick, self.put, self.free_slot = pick, put, free_slot
   self.new_record, self.new_handle, self.give_up, self.kill, self.alive = new_record, new_handle, give_up, kill, alive
   self.nested, self.wild = nested, wild
   function self.depth() return depth end

@@ -1,5 +1,6 @@
--- Lines for the store of the host kit: value objects, commands on them, results and their release, scans that call back.
--- What a command does to the store is not checked here; that nothing is used after its end, and nothing left over, is.
+-- Lines for the store of the host kit: value objects, commands on them, results and their release, scans that call
+-- back. What a command does to the store is not checked here, but that nothing is used after its end, and nothing is
+-- left over.
 return function(model, catalog)
   local random, chance, one_of, emit = model.random, model.chance, model.one_of, model.emit
   local format, concat = string.format, table.concat
@@ -8,7 +9,9 @@ return function(model, catalog)
 
   local function is_object(handle) return handle.object and model.alive(handle.record) end
 
-  local function some_key() return one_of {"a", "b", "port/1", "port/2", "list", "hash", "zset", string.rep("k", 100)} end
+  local function some_key()
+    return one_of {"a", "b", "port/1", "port/2", "list", "hash", "zset", string.rep("k", 100)}
+  end
   local function some_bytes() return one_of {"", "1", "12", "x\0y", string.rep("v", random(0, 300))} end
 
   function ops.new_object()
@@ -16,7 +19,8 @@ return function(model, catalog)
     record.release = format("is(0.0, tq.tq_obj_free(view('_p_tq_obj', a[%d])))", record.id)
     record.key_text, record.value, record.fields = some_key(), some_bytes(), {}
     local slot = model.free_slot()
-    emit("s[%d] = tq_obj.new(%s, %s) a[%d] = ptr(s[%d])", slot, quote(record.key_text), quote(record.value), record.id, slot)
+    emit("s[%d] = tq_obj.new(%s, %s)", slot, quote(record.key_text), quote(record.value))
+    emit("a[%d] = ptr(s[%d])", record.id, slot)
     local handle = model.new_handle(record, nil, "_p_tq_obj", true)
     handle.object = true
     model.put(slot, handle)
@@ -189,8 +193,8 @@ return function(model, catalog)
         end
       end
     end)
-    emit("kit_scan(%s, %s, %d, %d, function() %s end)", one_of {"0", "0", "1", "38"}, quote(one_of {"*", "port/*", "a"}),
-      random(0, 4), chance(15) and random(3) or 0, body)
+    emit("kit_scan(%s, %s, %d, %d, function() %s end)", one_of {"0", "0", "1", "38"},
+      quote(one_of {"*", "port/*", "a"}), random(0, 4), chance(15) and random(3) or 0, body)
   end
   ops.kit_scan = scan
 

@@ -114,7 +114,8 @@ local function open(backend)
     is(false, recorder.is_live(a[number]))
   end
 
-  -- So many blocks of the module are left once all garbage is gone, beside those that scans lost; nothing was freed twice.
+  -- So many blocks of the module are left once all garbage is gone, beside those that scans lost; nothing was freed
+  -- twice.
   local base
   env.lost = 0
   function env.start()
@@ -131,7 +132,9 @@ local function open(backend)
 
   -- Copies bytes over a field, and compares them.
   function env.fill(handle, size, byte) recorder.write(support.pointer_of(handle), string.char(byte):rep(size)) end
-  function env.filled(handle, size, byte) is(string.char(byte):rep(size), recorder.read(support.pointer_of(handle), size)) end
+  function env.filled(handle, size, byte)
+    is(string.char(byte):rep(size), recorder.read(support.pointer_of(handle), size))
+  end
 
   -- Makes an array of the library's the value of an array field, with its length.
   function env.array(number, class, field, block, format, elements)
@@ -257,7 +260,7 @@ local function open(backend)
     is(#bodies, i)
     if failure then
       is(false, outcome[1])
-      if outcome[2] ~= failure and not tostring(outcome[2]):find(tostring(failure), 1, true) then error(outcome[2], 0) end
+      if not tostring(outcome[2]):find(failure, 1, true) then error(outcome[2], 0) end
       is(true, recorder.free(call[6]))
     else
       if not outcome[1] then error(outcome[2], 0) end

@@ -1,5 +1,5 @@
--- Leaves out of a fuzzing script what its failure does not need: shrink.lua SCRIPT. The environment variable TQ_LUA holds
--- the interpreter's command.
+-- Leaves out of a fuzzing script what its failure does not need: shrink.lua SCRIPT. The environment variable TQ_LUA
+-- holds the interpreter's command.
 local path = assert(arg[1], "usage: shrink.lua SCRIPT")
 local command = assert(os.getenv "TQ_LUA", "TQ_LUA is not set")
 local candidate, output = path .. ".candidate", path .. ".output"

@@ -1,5 +1,5 @@
--- Each allocation of the host kit's library fails in turn under the module and tq_obj: a command says so and leaves the store
--- as it was, tq_obj raises an error, and nothing is left over.
+-- Each allocation of the host kit's library fails in turn under the module and tq_obj: a command says so and leaves the
+-- store as it was, tq_obj raises an error, and nothing is left over.
 local function load_globally(name)
   return assert(package.loadlib(assert(package.searchpath(name, package.cpath)), "*"))
 end
@@ -55,7 +55,8 @@ local function contents()
   for tag, bytes in pairs(hash.value:fields()) do note("hash", tag, bytes) end
   tq.hash_res_free(hash)
   for _, row in ipairs {
-    {"list", tq.lrange, tq.lrange_res_free, "value_array", 0, -1}, {"set", tq.smembers, tq.smembers_res_free, "value_array"},
+    {"list", tq.lrange, tq.lrange_res_free, "value_array", 0, -1},
+    {"set", tq.smembers, tq.smembers_res_free, "value_array"},
     {"zset", tq.zrange, tq.zrange_res_free, "value", 0, -1},
   } do
     local result = row[2](g, 0, key(row[1]), table.unpack(row, 5))
