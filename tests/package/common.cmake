@@ -37,16 +37,18 @@ endfunction()
 
 # Runs an example with the launcher under a prefix, from a directory and with an environment that help nothing.
 function(run_launcher prefix)
-  execute_process(
-    COMMAND env -i PATH=/usr/bin:/bin ${prefix}/bin/tq-lua ${SOURCE}/examples/quickstart.lua
-    WORKING_DIRECTORY /
-    RESULT_VARIABLE result
-    OUTPUT_VARIABLE output
-    ERROR_VARIABLE error)
   file(READ ${SOURCE}/tests/examples/quickstart.expected expected)
-  if(NOT result EQUAL 0 OR NOT output STREQUAL expected)
-    message(FATAL_ERROR "tq-lua ended with ${result} and printed:\n${output}${error}")
-  endif()
+  foreach(options IN ITEMS "" --watch=summary)
+    execute_process(
+      COMMAND env -i PATH=/usr/bin:/bin ${prefix}/bin/tq-lua ${options} ${SOURCE}/examples/quickstart.lua
+      WORKING_DIRECTORY /
+      RESULT_VARIABLE result
+      OUTPUT_VARIABLE output
+      ERROR_VARIABLE error)
+    if(NOT result EQUAL 0 OR NOT output STREQUAL expected OR (options AND NOT error MATCHES "tq_global_init +1 +0 "))
+      message(FATAL_ERROR "tq-lua ${options} ended with ${result} and printed:\n${output}${error}")
+    endif()
+  endforeach()
   expect_file(${prefix}/include/tq_kit/value_object.h)
 endfunction()
 

@@ -1,4 +1,5 @@
-# cmake -DWHAT=kit|examples "-DLUA=<command>;..." "-DFILES=<file>;..." [-DCLIENT_LIBRARY=<file> -DEXPECTED=<directory>]
+# cmake -DWHAT=kit|examples "-DLUA=<command>;..." "-DFILES=<file>;..." [-DCLIENT_LIBRARY=<file> -DWATCH_LIBRARY=<file>
+#       -DEXPECTED=<directory>]
 #       -P each_on_store.cmake
 #
 # Runs each script on the server of TQ_MOM_STORE, with keys that are its own. All must end well.
@@ -13,7 +14,11 @@ foreach(file IN LISTS FILES)
     set(command ${LUA} ${file})
   else()
     cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH tests)
-    set(command ${CMAKE_COMMAND} "-DLUA=${LUA}" -DCLIENT_LIBRARY=${CLIENT_LIBRARY} -DSCRIPT=${file}
+    file(STRINGS ${file} watched REGEX "require \"tq_watch\"")
+    if(watched)
+      set(watched ${WATCH_LIBRARY})
+    endif()
+    set(command ${CMAKE_COMMAND} "-DLUA=${LUA}" "-DWATCH_LIBRARY=${watched}" -DCLIENT_LIBRARY=${CLIENT_LIBRARY} -DSCRIPT=${file}
                 -DEXPECTED=${EXPECTED}/${name}.expected -P ${tests}/examples/run_example.cmake)
   endif()
   execute_process(COMMAND ${command} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
