@@ -104,6 +104,7 @@ void Deliver(size_t position, tq_global_t* g, tq_mom_scan_cb callback, void* con
 template <size_t kSize>
 struct Name {
   char text[kSize];
+  // NOLINTNEXTLINE(google-explicit-constructor): a literal becomes one.
   constexpr Name(const char (&literal)[kSize]) { std::copy_n(literal, kSize, text); }
 };
 

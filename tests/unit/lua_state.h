@@ -26,6 +26,7 @@ class LuaState {
   LuaState& operator=(const LuaState&) = delete;
 
   lua_State* get() const { return L_; }
+  // NOLINTNEXTLINE(google-explicit-constructor): it stands for the state in calls of Lua.
   operator lua_State*() const { return L_; }
 
   // Makes the module a global; a test failure when it cannot.
