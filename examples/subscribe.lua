@@ -1,10 +1,10 @@
--- Subscribing: a function of a script gets what is published. With a server in place of the store in the process,
--- TQ_STORE=redis://127.0.0.1:6379 say, messages come from other processes, too, and are delivered by tq_kit.poll.
+-- Subscribing: a function of a script gets what is published. With a server in place of the store in the process, say
+-- TQ_MOM_STORE=redis://127.0.0.1:6379, messages come from other processes, too, and are delivered by tq_kit.poll.
 local tq = require "tq_mom_sync"
 local tq_obj = require "tq_obj"
 local tq_kit = require "tq_kit" -- of the host kit; on a device subscribers are native
 
-local g = assert(tq.tq_global_init(os.getenv("TQ_STORE"), nil), "no runtime")
+local g = assert(tq.tq_global_init(nil, nil), "no runtime")
 assert(tq.client_connect(g, 0) == tq.TQ_MOM_OK, "no connection")
 local db = tq.TQ_MOM_FWD_DB
 

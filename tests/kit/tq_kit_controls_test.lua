@@ -77,6 +77,15 @@ function TestControls:testClock()
   number(0, tq.exists(g, db, key("session")))
 end
 
+function TestControls:testTheClockOfAServer()
+  luaunit.skipIf(not kit.server, "needs a server")
+  local g = self.g
+  for _, name in ipairs({"freeze", "thaw"}) do
+    raises("tq_kit." .. name .. ": the server's clock is not ours to move", tq_kit[name], g)
+  end
+  raises("tq_kit.advance: the server's clock is not ours to move", tq_kit.advance, g, 1)
+end
+
 -- A scan shows lists, hashes and sets like empty strings; this tells.
 function TestControls:testInspect()
   luaunit.skipIf(kit.server, "a server's clock goes on")
