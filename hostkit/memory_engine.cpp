@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
 #include <limits>
 #include <type_traits>
@@ -35,8 +36,9 @@ Range RangeOf(std::int64_t start, std::int64_t stop, std::size_t size) {
 }
 
 List::iterator Nth(List& list, std::size_t index) {
-  return index <= list.size() / 2 ? std::next(list.begin(), Count(index))
-                                  : std::prev(list.end(), Count(list.size() - index));
+  const auto length = static_cast<std::ptrdiff_t>(list.size());
+  const auto place = static_cast<std::ptrdiff_t>(index);
+  return place <= length / 2 ? std::next(list.begin(), place) : std::prev(list.end(), length - place);
 }
 
 // The ranks of the members with scores from min to max inclusive. The empty text is the smallest member of a score.
@@ -442,7 +444,7 @@ Status MemoryEngine::ListRemove(const Request& request, std::uint64_t most, std:
       ++element;
     }
   }
-  *removed = Count(gone);
+  *removed = static_cast<std::int64_t>(gone);
   DropEmpty(request, list);
   return status;
 }
