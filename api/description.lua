@@ -9,8 +9,8 @@ local g, db = tq.tq_global_init(nil, nil), tq.TQ_MOM_APP_DB
 tq.client_connect(g, 0)]]
 
 local files = {
-  {module = "tq_mom_sync", "handles", "connection", "strings", "expiry", "hashes", "lists", "sets", "sorted_sets", "publish_scan",
-    "options", "results", "messages", "runtime", "constants"},
+  {module = "tq_mom_sync", "handles", "connection", "strings", "expiry", "hashes", "lists", "sets", "sorted_sets",
+    "publish_scan", "options", "results", "messages", "runtime", "constants"},
   {module = "tq_obj", "tq_obj"},
   {module = "tq_kit", "tq_kit"},
   {module = "tq_watch", "tq_watch"},
@@ -289,7 +289,8 @@ local function add_casts()
       make_command(class.cast, {
         pointer, client = class.cast, cast = class, family = class.family,
         returns = words.result(class.name) "a handle of the same pointer, which owns nothing; nil for nil",
-        does = string.format("Takes what a handle points to for a [`%s`](#%s). Checks nothing.", class.name, class.name),
+        does = string.format("Takes what a handle points to for a [`%s`](#%s). Checks nothing.", class.name,
+          class.name),
         example = string.format("print(tq.%s(tq.%s()) ~= nil) --> true", class.cast, class.name),
       })
     end

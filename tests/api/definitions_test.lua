@@ -67,9 +67,8 @@ end
 function TestDefinitions:test_comments()
   local previous = ""
   for line in io.lines(directory .. "/tq_mom_sync.lua") do
-    if line:find("^function") or line:find("^[%w_.]+ = %d") then luaunit.assertStrContains(previous, "---", nil, line) end
-    local results = line:match("^function tq_mom_sync") and previous
-    if results then luaunit.assertStrContains(results, "---@return") end
+    if line:find("^function tq_mom_sync") then luaunit.assertStrContains(previous, "---@return", nil, nil, line) end
+    if line:find("^[%w_.]+ = %d") then luaunit.assertStrMatches(previous, "%-%-%-%w.*", nil, nil, line) end
     previous = line
   end
 end

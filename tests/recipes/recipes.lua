@@ -148,7 +148,8 @@ shell("cd '%s' && ctest --test-dir build/host --output-on-failure --no-tests=err
   "-E '^(lint|package[.](options|rock|deb)|sweeps|growth|doors|fuzz|server)'", scratch)
 if os.execute("command -v arm-linux-gnueabi-g++ >/dev/null") then
   -- Debian's Lua headers include one that lies with the target's.
-  shell("cd '%s' && mkdir build/lua && echo '#define DEB_HOST_MULTIARCH \"\"' >build/lua/lua5.3-deb-multiarch.h", scratch)
+  shell("cd '%s' && mkdir build/lua && echo '#define DEB_HOST_MULTIARCH \"\"' >build/lua/lua5.3-deb-multiarch.h",
+    scratch)
   shell("cd '%s' && arm-linux-gnueabi-g++ -std=c++20 -fsyntax-only -I. -Iinclude -isystem build/lua -isystem '%s' " ..
     "records/device_layout.cpp", scratch, lua_headers)
 end
