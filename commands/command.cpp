@@ -57,17 +57,15 @@ Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
   return slot;
 }
 
-int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client,
-                Word (*call)(ClientFunction client, const Slot* slots)) {
+int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client, Caller caller) {
   if (lua_gettop(L) != command.count) RejectCount(L, command);
-  bool makes_handle = command.result != kVoid;
-  binding::Handle* handle = makes_handle ? PushResultHandle(L, command) : nullptr;
+  binding::Handle* handle = command.makes_handle ? PushResultHandle(L, command) : nullptr;
   Slot slots[2 * kMaxParameters + 1];
   int out;
   ReadArguments(L, command, slots)->pointer = &out;
-  Word result = call(client, slots);
+  Word result = caller(L, client, slots);
   if (command.has_arrays) FreeArrays(command, command.count, slots);
-  if (makes_handle) {
+  if (handle != nullptr) {
     FillResultHandle(L, handle, reinterpret_cast<void*>(result));
   } else {
     binding::PushNumber(L, static_cast<int>(result));

@@ -36,15 +36,22 @@ struct ClientName {
 struct CommandRow {
   std::uint16_t name;  // the Lua function's, among the names of all
   ClientName client_name;
-  std::uint8_t count : 6;
+  std::uint8_t count : 5;
+  bool makes_handle : 1;  // as its first result
   bool has_out : 1;
   bool has_arrays : 1;
-  std::uint8_t invoker;
-  TypeId result;  // of the handle it makes, or kVoid
+  std::uint8_t runner;
+  TypeId result;  // of the handles it makes, or kVoid
   Parameter parameters[kMaxParameters];
 };
 
 using ClientFunction = void (*)();
+
+// An integer or a pointer. A machine of 32 bits passes and returns all of them alike.
+using Word = std::uintptr_t;
+
+// Calls a client function with what is in the slots.
+using Caller = Word (*)(lua_State* L, ClientFunction client, const Slot* slots);
 // Reads the arguments, calls the client function and pushes its results.
 using Invoker = int (*)(lua_State* L, const CommandRow& command, ClientFunction client);
 
@@ -166,13 +173,13 @@ inline void FillResultHandle(lua_State* L, binding::Handle* handle, void* result
   }
 }
 
-// The invoker of commands with these words: fast. Pointers to records are all the same here, so that one instance
-// serves all commands that differ in record types only.
-template <class Result, class Words, class Natives>
+// Fast: an invoker for each list of words. Pointers to records are all the same in it, so that one serves all commands
+// that differ in record types only; but a runtime comes first in nearly all, so its type is known.
+template <Caller caller, class Result, class Words, class Natives>
 struct FastInvoker;
 
-template <class Result, class... Word, class... Native>
-struct FastInvoker<Result, List<Word...>, List<Native...>> {
+template <Caller caller, class Result, class... Word, class... Native>
+struct FastInvoker<caller, Result, List<Word...>, List<Native...>> {
   static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
     constexpr int kCount = (0 + ... + int{!Meaning<Word>::kIsOut});
     constexpr bool kHasOut = kCount != sizeof...(Word);
@@ -183,8 +190,7 @@ struct FastInvoker<Result, List<Word...>, List<Native...>> {
     ReadWords<Word...>(L, command, slots);
     int out = 0;
     if constexpr (kHasOut) slots[sizeof...(Native) - 1].pointer = &out;
-    auto function = reinterpret_cast<Result (*)(typename Native::Type...)>(client);
-    Result result = Call(function, slots, std::index_sequence_for<Native...>());
+    Result result = Call(L, client, slots, std::index_sequence_for<Native...>());
     const Slot* slot = slots;
     ((IsArray(Meaning<Word>::kParameter.kind()) ? std::free(slot->pointer) : void(),
       slot += Meaning<Word>::Natives::kCount),
@@ -199,51 +205,59 @@ struct FastInvoker<Result, List<Word...>, List<Native...>> {
   }
 
   template <std::size_t... i>
-  static Result Call(Result (*function)(typename Native::Type...), const Slot* slots, std::index_sequence<i...>) {
-    return function(slots[i].template Get<typename Native::Type>()...);
+  static Result Call(lua_State* L, ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
+    if constexpr (caller != nullptr) {
+      return static_cast<Result>(caller(L, client, slots));
+    } else {
+      return reinterpret_cast<Result (*)(Native...)>(client)(slots[i].template Get<Native>()...);
+    }
   }
 };
 
-// The invoker of commands whose client functions take parameters of these sizes: short. A machine of 32 bits passes
-// integers and pointers alike.
-using Word = std::uintptr_t;
+// Short: one invoker, and a caller for each list of sizes of the client function's parameters.
+int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client, Caller caller);
+
 template <class T>
 using SlotType = std::conditional_t<sizeof(int) == sizeof(void*) && sizeof(T) == sizeof(Word), Word, T>;
 
-// `call` calls the client function with the slots.
-int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client,
-                Word (*call)(ClientFunction client, const Slot* slots));
-
 template <class Result, class... T>
-struct ShortInvoker {
-  static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
-    return InvokeShort(L, command, client, [](ClientFunction function, const Slot* slots) {
-      return Call(function, slots, std::index_sequence_for<T...>());
-    });
+struct ShortCaller {
+  static Word Call(lua_State*, ClientFunction client, const Slot* slots) {
+    return Call(client, slots, std::index_sequence_for<T...>());
   }
-
   template <std::size_t... i>
   static Word Call(ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
     return (Word) reinterpret_cast<Result (*)(T...)>(client)(slots[i].template Get<T>()...);
   }
 };
 
-template <class Result, class... Words, class... Native>
-constexpr Invoker InvokerFor(Shape<Result(Words...)>, List<Native...>) {
+template <class Word>
+using ErasedWord = std::conditional_t<std::is_pointer_v<Word> && !std::is_same_v<Word, Store>, AnyRecord, Word>;
+
+// What runs commands of the shape: an Invoker, or in short code a Caller.
+template <Caller caller, class Result, class... Words, class... Native>
+constexpr auto RunnerFor(Shape<Result(Words...)>, List<Native...>) {
   using ErasedResult = std::conditional_t<std::is_pointer_v<Result>, void*, Result>;
-  if constexpr (kOptimizeForSize) {
-    return ShortInvoker<SlotType<ErasedResult>, SlotType<typename Native::Type>...>::Invoke;
+  if constexpr (!kOptimizeForSize) {
+    return &FastInvoker<caller, ErasedResult, List<ErasedWord<Words>...>, List<typename Native::Type...>>::Invoke;
+  } else if constexpr (caller != nullptr) {
+    return caller;
   } else {
-    return FastInvoker<
-        ErasedResult,
-        List<std::conditional_t<std::is_pointer_v<Words> && !std::is_same_v<Words, Store>, AnyRecord, Words>...>,
-        List<Passed<typename Native::Type>...>>::Invoke;
+    return static_cast<Caller>(ShortCaller<SlotType<ErasedResult>, SlotType<typename Native::Type>...>::Call);
   }
 }
+using Runner = std::conditional_t<kOptimizeForSize, Caller, Invoker>;
 
-// One command. A command with an invoker of its own says what record it makes handles of.
+inline int Run(lua_State* L, const CommandRow& command, ClientFunction client, Invoker invoker) {
+  return invoker(L, command, client);
+}
+inline int Run(lua_State* L, const CommandRow& command, ClientFunction client, Caller caller) {
+  return InvokeShort(L, command, client, caller);
+}
+
+// One command. A command with a caller of its own says what record it makes handles of.
 template <Literal lua, Literal client_name, auto client, class Signature,
-          class HandleOf = std::remove_pointer_t<typename Shape<Signature>::ResultType>, Invoker invoker = nullptr>
+          class HandleOf = std::remove_pointer_t<typename Shape<Signature>::ResultType>, Caller caller = nullptr>
 struct Command {
   using CommandShape = Shape<Signature>;
 
@@ -254,13 +268,8 @@ struct Command {
   static constexpr std::string_view kName = lua;
   static constexpr auto kClient = client;
 
-  static constexpr Invoker OwnInvoker() {
-    if constexpr (invoker != nullptr) {
-      return invoker;
-    } else {
-      return InvokerFor(CommandShape(), typename CommandShape::Natives());
-    }
-  }
+  static constexpr Runner kRunner = RunnerFor<caller>(CommandShape(), typename CommandShape::Natives());
+
   static constexpr TypeId HandleType() {
     if constexpr (std::is_same_v<HandleOf, int>) {
       return kVoid;
@@ -272,6 +281,7 @@ struct Command {
     CommandRow row{name,
                    ClientName(client_name, lua),
                    CommandShape::kCount,
+                   std::is_pointer_v<typename CommandShape::ResultType>,
                    CommandShape::kHasOut,
                    CommandShape::kHasArrays,
                    static_cast<std::uint8_t>(place),

@@ -24,34 +24,34 @@ constexpr auto PackNames(List<Command...>) {
 constexpr std::size_t kNamesSize = PackNames(Commands()).size;
 constexpr Packed kNames = PackNames(Commands()).Trimmed<kNamesSize>();
 
-// The different invokers, each of which serves many commands.
-struct Invokers {
-  constexpr int Add(Invoker invoker) {
+// The different runners, each of which serves many commands.
+struct Runners {
+  constexpr int Add(Runner runner) {
     int i = 0;
-    while (i < count && of[i] != invoker) ++i;
-    if (i == count) of[count++] = invoker;
+    while (i < count && of[i] != runner) ++i;
+    if (i == count) of[count++] = runner;
     return i;
   }
-  Invoker of[Commands::kCount] = {};
+  Runner of[Commands::kCount] = {};
   int count = 0;
 };
 template <class... Command>
-constexpr Invokers FindInvokers(List<Command...>) {
-  Invokers invokers;
-  (invokers.Add(Command::OwnInvoker()), ...);
-  return invokers;
+constexpr Runners FindRunners(List<Command...>) {
+  Runners runners;
+  (runners.Add(Command::kRunner), ...);
+  return runners;
 }
-constexpr int kInvokerCount = FindInvokers(Commands()).count;
+constexpr int kRunnerCount = FindRunners(Commands()).count;
 
-struct InvokerTable {
-  Invoker of[kInvokerCount];
+struct RunnerTable {
+  Runner of[kRunnerCount];
 };
 template <std::size_t... i>
-constexpr InvokerTable MakeInvokers(std::index_sequence<i...>) {
-  constexpr Invokers kInvokers = FindInvokers(Commands());
-  return {kInvokers.of[i]...};
+constexpr RunnerTable MakeRunners(std::index_sequence<i...>) {
+  constexpr Runners kRunners = FindRunners(Commands());
+  return {kRunners.of[i]...};
 }
-constexpr InvokerTable kInvokers = MakeInvokers(std::make_index_sequence<kInvokerCount>());
+constexpr RunnerTable kRunners = MakeRunners(std::make_index_sequence<kRunnerCount>());
 
 struct Rows {
   CommandRow of[Commands::kCount];
@@ -59,8 +59,8 @@ struct Rows {
 template <class... Command>
 constexpr Rows MakeRows(List<Command...>) {
   auto names = PackNames(Commands());
-  Invokers invokers = FindInvokers(Commands());
-  return {Command::Row(names.Add(Command::kName), invokers.Add(Command::OwnInvoker()))...};
+  Runners runners = FindRunners(Commands());
+  return {Command::Row(names.Add(Command::kName), runners.Add(Command::kRunner))...};
 }
 constexpr Rows kRows = MakeRows(Commands());
 
@@ -77,7 +77,7 @@ const ClientFunction Clients<List<Command...>>::kOf[] = {reinterpret_cast<Client
 
 extern "C" [[gnu::visibility("hidden")]] int tq_call_command(lua_State* L, unsigned number) {
   const CommandRow& command = kRows.of[number];
-  return kInvokers.of[command.invoker](L, command, Clients<Commands>::kOf[number]);
+  return Run(L, command, Clients<Commands>::kOf[number], kRunners.of[command.runner]);
 }
 
 TQ_NUMBERED_FUNCTIONS(kFunctions, tq_call_command, Commands::kCount);
@@ -91,7 +91,7 @@ int CountCommands() { return Commands::kCount; }
 void AddCommands(lua_State* L) {
   for (unsigned i = 0; i < Commands::kCount; ++i) {
     const CommandRow& command = kRows.of[i];
-    bool is_scan = kInvokers.of[command.invoker] == InvokeScan;
+    bool is_scan = command.result == kTypeOf<tq_global_t> && !command.makes_handle;
     lua_pushstring(L, CommandName(command));
     PushFunction(L, kFunctions.At(i), {command.result, is_scan ? kTypeOf<tq_mom_pubsub_msg_t> : kVoid});
     lua_rawset(L, -3);

@@ -45,10 +45,7 @@ constexpr int kUserArgument = 6;
 
 }  // namespace
 
-int InvokeScan(lua_State* L, const CommandRow& command, ClientFunction) {
-  if (lua_gettop(L) != command.count) RejectCount(L, command);
-  Slot slots[kMaxParameters];
-  ReadArguments(L, command, slots);
+Word CallScan(lua_State* L, ClientFunction, const Slot* slots) {
   auto scan = [&](tq_mom_scan_cb callback, void* context) {
     return tq_mom_scan_sync(static_cast<tq_global_t*>(slots[0].pointer), slots[1].integer, slots[2].pointer,
                             slots[3].unsigned_integer, callback, context);
@@ -75,8 +72,7 @@ int InvokeScan(lua_State* L, const CommandRow& command, ClientFunction) {
   } else {
     binding::RaiseBare(L, "input error: cb is not function");
   }
-  binding::PushNumber(L, status);
-  return 1;
+  return static_cast<Word>(status);
 }
 
 }  // namespace tq_mom
