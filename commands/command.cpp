@@ -48,30 +48,4 @@ timeval ToTimeout(lua_State* L, int index) {
   return timeout;
 }
 
-Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
-  Slot* slot = slots;
-  for (int index = 1; index <= command.count; ++index) {
-    Parameter parameter = command.parameters[index - 1];
-    slot = ReadArgument(L, command, index, parameter.kind(), parameter.type(), slots, slot);
-  }
-  return slot;
-}
-
-int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client, Caller caller) {
-  if (lua_gettop(L) != command.count) RejectCount(L, command);
-  binding::Handle* handle = command.makes_handle ? PushResultHandle(L, command) : nullptr;
-  Slot slots[2 * kMaxParameters + 1];
-  int out;
-  ReadArguments(L, command, slots)->pointer = &out;
-  Word result = caller(L, client, slots);
-  if (command.has_arrays) FreeArrays(command, command.count, slots);
-  if (handle != nullptr) {
-    FillResultHandle(L, handle, reinterpret_cast<void*>(result));
-  } else {
-    binding::PushNumber(L, static_cast<int>(result));
-  }
-  if (command.has_out) binding::PushNumber(L, out);
-  return 1 + command.has_out;
-}
-
 }  // namespace tq_mom

@@ -36,11 +36,10 @@ enum class FieldKind : std::uint8_t {
 struct Field {
   std::string_view name;
   FieldKind kind;
-  Parameter parameter;           // what its setter takes
-  TypeId type;                   // what the member points to, or the type of handles into it
-  std::size_t offset;            // of the member in its record
-  std::size_t extent;            // the member's size
-  std::size_t count_offset = 0;  // of the size_t that counts an array's elements
+  Parameter parameter;  // what its setter takes
+  TypeId type;          // what the member points to, or the type of handles into it
+  std::size_t offset;   // of the member in its record
+  std::size_t detail;   // the member's size; of an array, the offset of the size_t that counts its elements
 };
 
 // What a member's C++ type says of its field.
@@ -123,7 +122,7 @@ constexpr Field MakeArray(std::string_view name, std::size_t offset, std::size_t
   static_assert(std::is_pointer_v<Member>, "An array field is a pointer to its elements");
   static_assert(std::is_same_v<Count, std::size_t>, "The member that counts an array's elements is a size_t");
   FieldType type = ArrayFor<std::remove_pointer_t<Member>>::kType;
-  return {name, type.kind, type.parameter, type.type, offset, sizeof(Member), count_offset};
+  return {name, type.kind, type.parameter, type.type, offset, count_offset};
 }
 
 template <class Member>

@@ -23,7 +23,7 @@ bool Save(char* member, T value) {
 template <class T, class PushElement>
 void PushArray(lua_State* L, const char* member, const FieldRow& field, PushElement push_element) {
   constexpr std::size_t kMostPresized = 1 << 16;
-  const char* count = member - field.offset + field.count_offset;
+  const char* count = member - field.offset + field.detail;
   auto length = Load<std::size_t>(count);
   const T* elements = Load<const T*>(member);
   if (elements == nullptr) length = 0;
@@ -49,10 +49,10 @@ bool StoreCharacters(lua_State* L, char* member, const FieldRow& field, int inde
     return true;
   }
   if (member == nullptr) return true;
-  std::size_t last = field.extent - 1U;
+  std::size_t last = field.detail - 1U;
   std::size_t copied = strnlen(text, length < last ? length : last);
   std::memcpy(member, text, copied);
-  std::memset(member + copied, 0, field.extent - copied);
+  std::memset(member + copied, 0, field.detail - copied);
   return true;
 }
 
@@ -74,7 +74,7 @@ bool StoreOwnedString(lua_State* L, char* member, int index) {
 bool StoreCopy(lua_State* L, char* member, const FieldRow& field, int index) {
   void* source;
   if (binding::ConvertPtr(L, index, &source, Type(field.type), 0) != 0) return false;
-  if (member != nullptr && source != nullptr) std::memmove(member, source, field.extent);
+  if (member != nullptr && source != nullptr) std::memmove(member, source, field.detail);
   return true;
 }
 
@@ -94,10 +94,10 @@ void PushMember(lua_State* L, char* member, const FieldRow& field) {
       return lua_pushnumber(L, Load<double>(member));
     case FieldKind::kCharArray:
       // A string at an address that was pushed before is found by that, without hashing it.
-      if (member[field.extent - 1] == '\0') {
+      if (member[field.detail - 1] == '\0') {
         lua_pushstring(L, member);
       } else {
-        lua_pushlstring(L, member, strnlen(member, field.extent));
+        lua_pushlstring(L, member, strnlen(member, field.detail));
       }
       return;
     case FieldKind::kOwnedString:

@@ -14,8 +14,7 @@ struct FieldRow {
   Parameter parameter;
   TypeId type;
   std::uint16_t offset;
-  std::uint16_t extent;
-  std::uint16_t count_offset;
+  std::uint16_t detail;  // as Field has it
 };
 
 // Pushes the member's value.

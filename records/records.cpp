@@ -65,14 +65,8 @@ struct FieldRows {
     auto names = PackNames();
     FieldRow* row = of;
     ForEachField([&](TypeId record, const Field& field) {
-      *row++ = {names.Add(field.name),
-                record,
-                field.kind,
-                field.parameter,
-                field.type,
-                Short(field.offset),
-                Short(field.extent),
-                Short(field.count_offset)};
+      *row++ = {names.Add(field.name), record, field.kind, field.parameter, field.type, Short(field.offset),
+                Short(field.detail)};
     });
   }
   FieldRow of[kFieldCount] = {};
