@@ -36,6 +36,16 @@ set(ENV{LUA_CPATH} "${WORK}/prefix/lib/lua/5.3/?.so;${platform_directory}/?.so;$
 set(ENV{LUA_PATH} "${SOURCE}/tests/adapter/?.lua;${luaunit_directory}/?.lua")
 run(${LUA} ${SOURCE}/tests/kit/objects_test.lua)
 
+find_program(DPKG_DEB dpkg-deb)
+if(DPKG_DEB)
+  run(${CPACK} --config ${WORK}/build/CPackConfig.cmake -B ${WORK}/packages)
+  file(GLOB package ${WORK}/packages/lua-tq-mom-sync_*.deb)
+  run(${DPKG_DEB} --contents ${package})
+  if(NOT RUN_OUTPUT MATCHES "/tq_mom_sync\\.so\n" OR NOT RUN_OUTPUT MATCHES "/tq_obj\\.so\n")
+    message(FATAL_ERROR "the package of the module lacks one:\n${RUN_OUTPUT}")
+  endif()
+endif()
+
 execute_process(
   COMMAND ${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build -DTQ_OBJ_ADAPTER=${WORK}/nowhere.c
   RESULT_VARIABLE result
