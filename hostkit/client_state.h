@@ -73,7 +73,7 @@ struct tq_mom_client_s {
   std::uint64_t writes = 0;  // counts up with each call that may have written
   std::string last_error;
   std::vector<hostkit::Subscription> subscriptions;  // ascending ids
-  std::deque<hostkit::Message> inbox;  // what has arrived and is not delivered yet
+  std::deque<hostkit::Message> inbox;                // what has arrived and is not delivered yet
   std::vector<std::unique_ptr<hostkit::CallbackFrame>> frames;
   tq_thread_master master = {};
   tq_thread event = {};
