@@ -15,7 +15,7 @@ end
 
 -- What starting costs is in both counts. A round has two calls.
 local function per_call(library)
-  local few, many = 1000, 11000
+  local few, many = 1000, 3000
   return (instructions(library, many) - instructions(library, few)) / (many - few) / 2
 end
 
