@@ -73,6 +73,7 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   return BuildMembers(L, index, &elements->pointer, count);
 }
 
+// GCOVR_EXCL_BR_START: each kind has a copy of its own, with the branches of all kinds
 // Converts the argument at the index to the slot, or raises its error. Returns the next slot. Kind and type are the
 // command's for this argument, once more, so that code for one kind can be had by giving it as a constant.
 [[gnu::always_inline]] inline Slot* ReadArgument(lua_State* L, const CommandRow& command, int index, Kind kind,
@@ -138,6 +139,8 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   }
   return slot;
 }
+
+// GCOVR_EXCL_BR_STOP
 
 // The same, with code of its own for each kind: faster by a quarter of a short command, and several KiB larger for all.
 template <class... Word>

@@ -181,7 +181,7 @@ return function(model, catalog)
         if choice == 1 then
           emit("collectgarbage('step')")
         elseif choice == 2 then
-          emit("tq.tq_global_run(g)")
+          emit(one_of {"is(-1.0, tq.tq_global_finish(g))", "is(0.0, tq.tq_global_run(g))"})
         elseif choice == 3 and model.depth() < 3 then
           scan()
         elseif choice == 4 then
