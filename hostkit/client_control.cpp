@@ -261,7 +261,7 @@ int tq_kit_store(tq_global_t* g, int db, const tq_kit_element_t* element) {
   if (const int status = OpenText(g, db, element != nullptr ? element->key : nullptr, &command); status != TQ_MOM_OK) {
     return status;
   }
-  if (element->kind < TQ_KIT_STRING || element->kind > TQ_KIT_SORTED_SET ||
+  if (element == nullptr || element->kind < TQ_KIT_STRING || element->kind > TQ_KIT_SORTED_SET ||
       (element->bytes == nullptr && element->length != 0) || std::isnan(element->score)) {
     return command.client->Refuse(TQ_MOM_INPUT_ERR, "the element has no kind, no bytes, or a score that is no number");
   }
