@@ -50,70 +50,60 @@ struct FieldType {
 };
 
 template <class T>
-struct FieldFor {
+struct Of {};
+
+template <class T>
+constexpr FieldType HandleField(FieldKind kind, Parameter parameter = Parameter(kTypeOf<T>)) {
+  return {kind, parameter, kTypeOf<T>};
+}
+
+template <class T>
+constexpr FieldType FieldFor(Of<T>) {
   static_assert(!std::is_same_v<T, T>,
                 "No field has a member of this type: records/fields.h lists those that have. A part of the record is "
                 "TQ_EMBEDDED, an array TQ_ARRAY");
-};
-template <FieldKind kind, Parameter parameter, TypeId type = kVoid>
-struct FieldIs {
-  static constexpr FieldType kType = {kind, parameter, type};
-};
-template <FieldKind kind, class T>
-using HandleField = FieldIs<kind, Parameter(kTypeOf<T>), kTypeOf<T>>;
-
-template <>
-struct FieldFor<int> : FieldIs<FieldKind::kInt, Parameter(Kind::kInt, "int")> {};
-template <>
-struct FieldFor<tq_mom_cmd_t> : FieldIs<FieldKind::kInt, Parameter(Kind::kInt, "tq_mom_cmd_t")> {};
-template <>
-struct FieldFor<tq_mom_batch_over_flag_t>
-    : FieldIs<FieldKind::kInt, Parameter(Kind::kInt, "tq_mom_batch_over_flag_t")> {};
-template <>
-struct FieldFor<short> : FieldIs<FieldKind::kShort, Parameter(Kind::kInt, "short")> {};
-template <>
-struct FieldFor<std::size_t> : FieldIs<FieldKind::kSize, Parameter(Kind::kSize, "size_t")> {};
-template <>
-struct FieldFor<long long> : FieldIs<FieldKind::kInt64, Parameter(Kind::kInt64, "long long")> {};
-template <>
-struct FieldFor<double> : FieldIs<FieldKind::kDouble, Parameter(Kind::kDouble, "double")> {};
-template <>
-struct FieldFor<char[TQ_MOM_KEY_MAX_LEN]> : FieldIs<FieldKind::kCharArray, Parameter(Kind::kString, "char [512]")> {};
-template <>
-struct FieldFor<char[TQ_MOM_FIELD_MAX_LEN]> : FieldIs<FieldKind::kCharArray, Parameter(Kind::kString, "char [128]")> {};
-template <>
-struct FieldFor<char[TQ_THREAD_NAME_LEN + 1]>
-    : FieldIs<FieldKind::kCharArray, Parameter(Kind::kString, "char [TQ_THREAD_NAME_LEN+1]")> {};
-template <>
-struct FieldFor<char*> : FieldIs<FieldKind::kOwnedString, Parameter(Kind::kString, "char *")> {};
-template <>
-struct FieldFor<void*> : FieldIs<FieldKind::kUntyped, Parameter(Kind::kUntyped, "void *"), kVoid> {};
-template <>
-struct FieldFor<tq_obj*> : FieldIs<FieldKind::kAnything, Parameter(Kind::kAnything), kTypeOf<tq_obj>> {};
-template <>
-struct FieldFor<unsigned char*> : FieldIs<FieldKind::kBlock, Parameter(Kind::kAnything), kTypeOf<unsigned char>> {};
-template <>
-struct FieldFor<int (*)(tq_thread*)> : HandleField<FieldKind::kShared, int(tq_thread*)> {};
+  return {};
+}
+consteval FieldType Number(std::string_view spelling) { return {FieldKind::kInt, Parameter(Kind::kInt, spelling)}; }
+consteval FieldType Characters(std::string_view spelling) {
+  return {FieldKind::kCharArray, Parameter(Kind::kString, spelling)};
+}
+constexpr FieldType FieldFor(Of<int>) { return Number("int"); }
+constexpr FieldType FieldFor(Of<tq_mom_cmd_t>) { return Number("tq_mom_cmd_t"); }
+constexpr FieldType FieldFor(Of<tq_mom_batch_over_flag_t>) { return Number("tq_mom_batch_over_flag_t"); }
+constexpr FieldType FieldFor(Of<short>) { return {FieldKind::kShort, Parameter(Kind::kInt, "short")}; }
+constexpr FieldType FieldFor(Of<std::size_t>) { return {FieldKind::kSize, Parameter(Kind::kSize, "size_t")}; }
+constexpr FieldType FieldFor(Of<long long>) { return {FieldKind::kInt64, Parameter(Kind::kInt64, "long long")}; }
+constexpr FieldType FieldFor(Of<double>) { return {FieldKind::kDouble, Parameter(Kind::kDouble, "double")}; }
+constexpr FieldType FieldFor(Of<char[TQ_MOM_KEY_MAX_LEN]>) { return Characters("char [512]"); }
+constexpr FieldType FieldFor(Of<char[TQ_MOM_FIELD_MAX_LEN]>) { return Characters("char [128]"); }
+constexpr FieldType FieldFor(Of<char[TQ_THREAD_NAME_LEN + 1]>) { return Characters("char [TQ_THREAD_NAME_LEN+1]"); }
+constexpr FieldType FieldFor(Of<char*>) { return {FieldKind::kOwnedString, Parameter(Kind::kString, "char *")}; }
+constexpr FieldType FieldFor(Of<void*>) { return {FieldKind::kUntyped, Parameter(Kind::kUntyped, "void *")}; }
+constexpr FieldType FieldFor(Of<tq_obj*>) {
+  return HandleField<tq_obj>(FieldKind::kAnything, Parameter(Kind::kAnything));
+}
+constexpr FieldType FieldFor(Of<unsigned char*>) {
+  return HandleField<unsigned char>(FieldKind::kBlock, Parameter(Kind::kAnything));
+}
+constexpr FieldType FieldFor(Of<int (*)(tq_thread*)>) { return HandleField<int(tq_thread*)>(FieldKind::kShared); }
 template <class T>
 requires std::is_class_v<T>
-struct FieldFor<T*> : HandleField<FieldKind::kAdopted, T> {
-};
+constexpr FieldType FieldFor(Of<T*>) { return HandleField<T>(FieldKind::kAdopted); }
 
 // The same for an array, by the type of its elements.
 template <class T>
-struct ArrayFor {
+constexpr FieldType ArrayFor(Of<T>) {
   static_assert(!std::is_same_v<T, T>, "No field is an array of elements of this type");
-};
-template <>
-struct ArrayFor<tq_obj*> : HandleField<FieldKind::kObjects, tq_obj*> {};
-template <>
-struct ArrayFor<double> : HandleField<FieldKind::kScores, double> {};
-template <>
-struct ArrayFor<std::size_t> : HandleField<FieldKind::kTags, std::size_t> {};
+  return {};
+}
+constexpr FieldType ArrayFor(Of<tq_obj*>) { return HandleField<tq_obj*>(FieldKind::kObjects); }
+constexpr FieldType ArrayFor(Of<double>) { return HandleField<double>(FieldKind::kScores); }
+constexpr FieldType ArrayFor(Of<std::size_t>) { return HandleField<std::size_t>(FieldKind::kTags); }
 
 template <class Member>
 constexpr Field MakeField(std::string_view name, std::size_t offset) {
-  FieldType type = FieldFor<Member>::kType;
+  FieldType type = FieldFor(Of<Member>());
   return {name, type.kind, type.parameter, type.type, offset, sizeof(Member)};
 }
 
@@ -121,7 +111,7 @@ template <class Member, class Count>
 constexpr Field MakeArray(std::string_view name, std::size_t offset, std::size_t count_offset) {
   static_assert(std::is_pointer_v<Member>, "An array field is a pointer to its elements");
   static_assert(std::is_same_v<Count, std::size_t>, "The member that counts an array's elements is a size_t");
-  FieldType type = ArrayFor<std::remove_pointer_t<Member>>::kType;
+  FieldType type = ArrayFor(Of<std::remove_pointer_t<Member>>());
   return {name, type.kind, type.parameter, type.type, offset, count_offset};
 }
 
