@@ -72,7 +72,7 @@ int NotFound(lua_State* L, int top) {
   return kNotFound;
 }
 
-// Stack slots for a chain of some 150 bases. A script that makes a class its own base gets there, too.
+// Stack slots for a chain of some 150 bases. A search of a class that a script made its own base ends here.
 constexpr int kDeepestBase = 600;
 
 // Pushes the object's metatable as it stands.

@@ -1,4 +1,4 @@
-// Native pointers as Lua values.
+// Native pointers as Lua values. What pushes a handle leaves one value and needs five free stack slots.
 #ifndef TQ_BINDING_HANDLES_H
 #define TQ_BINDING_HANDLES_H
 

@@ -31,7 +31,7 @@ class Shared {
     kCount
   };
 
-  // Pushes the values; they stay where they are until the registration is over.
+  // Pushes the values. They stay where they are until the registration is over; then whoever made this pops them.
   explicit Shared(lua_State* L);
 
   int index(Value value) const { return first_ + value; }

@@ -11,7 +11,8 @@ namespace {
 // Elements are fetched in groups: one pop for all of them, and the group fits the stack that Lua guarantees.
 constexpr std::size_t kGroup = 8;
 
-// Builds an array of `spare` elements more than the table holds. `convert` takes the value at a stack index.
+// Builds an array with room for `spare` elements more than the table holds: the client library has always been given
+// scores and members with room for one more. `convert` takes the value at a stack index.
 template <class T, class Convert>
 const char* Build(lua_State* L, int index, std::size_t spare, void** elements, int* count, const char* no_table,
                   const char* bad_element, Convert convert) {
