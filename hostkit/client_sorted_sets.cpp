@@ -61,7 +61,7 @@ int WriteMembers(Command command, int count, Method method, Take take) {
   });
 }
 
-constexpr auto kFill = [](auto* result, const Command& command, std::vector<ScoredMember> members) {
+constexpr auto kFill = [](auto* result, const Command& command, std::vector<ScoredMember>&& members) {
   result->scores.reserve(members.size());
   for (auto& [member, score] : members) {
     result->scores.push_back(score);

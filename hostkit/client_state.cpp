@@ -133,8 +133,9 @@ void tq_mom_client_s::Leave(const hostkit::CallbackFrame* frame) {
 }
 
 int tq_mom_client_s::Finish(hostkit::Status status) noexcept {
+  const int code = hostkit::StatusCodeOf(status.code());
   last_error = std::move(status).text();
-  return hostkit::StatusCodeOf(status.code());
+  return code;
 }
 
 int tq_mom_client_s::Refuse(int status, const char* text) noexcept {

@@ -173,7 +173,7 @@ template <typename Method>
 using Out = typename OutOf<Method>::Type;
 
 // Gives a result record the elements that the method gave, in their order.
-inline constexpr auto FillElements = [](auto* result, const Command& command, std::vector<std::string> elements) {
+inline constexpr auto FillElements = [](auto* result, const Command& command, std::vector<std::string>&& elements) {
   for (std::string& element : elements) result->OwnElement(command.request.name, std::move(element));
   result->value_array = result->pointers.data();
   result->count = result->pointers.size();
