@@ -22,7 +22,10 @@ struct ServerAddress {
   std::string host;
   int port = 0;
 
-  friend auto operator<=>(const ServerAddress&, const ServerAddress&) = default;
+  friend bool operator==(const ServerAddress&, const ServerAddress&) = default;
+  friend bool operator<(const ServerAddress& a, const ServerAddress& b) {
+    return a.host != b.host ? a.host < b.host : a.port < b.port;
+  }
 };
 
 // "host:port", "[host]:port" for an IPv6 address, or the path.
