@@ -5,6 +5,7 @@
 #define TQ_COMMANDS_COMMAND_H
 
 #include <cstdlib>
+#include <utility>
 
 #include "commands/arrays.h"
 #include "signature/shape.h"
