@@ -184,6 +184,11 @@ inline void FillResultHandle(lua_State* L, binding::Handle* handle, void* result
   }
 }
 
+// Whether a command has a caller of its own.
+template <Caller caller>
+constexpr bool kIsOwn =
+    !std::is_same_v<std::integral_constant<Caller, caller>, std::integral_constant<Caller, nullptr>>;
+
 // Fast: an invoker for each list of words. Pointers to records are all the same in it, so that one serves all commands
 // that differ in record types only; but a runtime comes first in nearly all, so its type is known.
 template <Caller caller, class Result, class Words, class Natives>
@@ -217,7 +222,7 @@ struct FastInvoker<caller, Result, List<Word...>, List<Native...>> {
 
   template <std::size_t... i>
   static Result Call(lua_State* L, ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
-    if constexpr (caller != nullptr) {
+    if constexpr (kIsOwn<caller>) {
       return static_cast<Result>(caller(L, client, slots));
     } else {
       return reinterpret_cast<Result (*)(Native...)>(client)(slots[i].template Get<Native>()...);
@@ -267,7 +272,7 @@ constexpr auto RunnerFor(Shape<Result(Words...)>, List<Native...>) {
   using ErasedResult = std::conditional_t<std::is_pointer_v<Result>, void*, Result>;
   if constexpr (!kOptimizeForSize) {
     return &FastInvoker<caller, ErasedResult, List<ErasedWord<Words>...>, List<typename Native::Type...>>::Invoke;
-  } else if constexpr (caller != nullptr) {
+  } else if constexpr (kIsOwn<caller>) {
     return caller;
   } else {
     return static_cast<Caller>(ShortCaller<SlotType<ErasedResult>, SlotType<typename Native::Type>...>::Call);

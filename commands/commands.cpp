@@ -24,21 +24,32 @@ constexpr auto PackNames(List<Command...>) {
 constexpr std::size_t kNamesSize = PackNames(Commands()).size;
 constexpr Packed kNames = PackNames(Commands()).Trimmed<kNamesSize>();
 
-// The different runners, each of which serves many commands.
+// The different runners, each of which serves many commands. They are told apart by type: not every compiler takes a
+// comparison of functions for a constant.
+template <class Command>
+using RunnerOf = std::integral_constant<Runner, Command::kRunner>;
+
+template <class One, class... Command>
+constexpr int FirstWithRunnerOf(List<Command...>) {
+  int place = 0;
+  (void)((std::is_same_v<RunnerOf<One>, RunnerOf<Command>> || (++place, false)) || ...);
+  return place;
+}
+
 struct Runners {
-  constexpr int Add(Runner runner) {
-    int i = 0;
-    while (i < count && of[i] != runner) ++i;
-    if (i == count) of[count++] = runner;
-    return i;
-  }
   Runner of[Commands::kCount] = {};
+  int place[Commands::kCount] = {};  // of each command's runner
   int count = 0;
 };
 template <class... Command>
-constexpr Runners FindRunners(List<Command...>) {
+constexpr Runners FindRunners(List<Command...> commands) {
+  constexpr Runner kAll[] = {Command::kRunner...};
+  constexpr int kFirst[] = {FirstWithRunnerOf<Command>(List<Command...>())...};
   Runners runners;
-  (runners.Add(Command::kRunner), ...);
+  for (int i = 0; i < commands.kCount; ++i) {
+    if (kFirst[i] == i) runners.of[runners.count++] = kAll[i];
+    runners.place[i] = kFirst[i] == i ? runners.count - 1 : runners.place[kFirst[i]];
+  }
   return runners;
 }
 constexpr int kRunnerCount = FindRunners(Commands()).count;
@@ -60,7 +71,8 @@ template <class... Command>
 constexpr Rows MakeRows(List<Command...>) {
   auto names = PackNames(Commands());
   Runners runners = FindRunners(Commands());
-  return {Command::Row(names.Add(Command::kName), runners.Add(Command::kRunner))...};
+  const int* place = runners.place;
+  return {Command::Row(names.Add(Command::kName), *place++)...};
 }
 constexpr Rows kRows = MakeRows(Commands());
 
