@@ -38,7 +38,11 @@ void Check(const Status& status) {
   std::exit(1);
 }
 
-std::string Name(std::size_t index) { return "name:" + std::to_string(index); }
+// All of one length: a cost may grow with the number of elements, not with that of their bytes as well.
+std::string Name(std::size_t index) {
+  const std::string digits = std::to_string(index);
+  return "name:" + std::string(7 - digits.size(), '0') + digits;
+}
 
 // A runtime with `size` elements of everything, and the arguments of one row.
 class Fixture {
