@@ -10,7 +10,7 @@ namespace binding {
 namespace {
 
 int Disown(lua_State* L) {
-  TQ_INVARIANT(lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
+  TQ_INVARIANT(lua_gettop(L) > 0 && lua_isuserdata(L, -1), "lua_isuserdata(L,-1)");
   if (Handle* handle = HandleAt(L, -1)) handle->own = 0;
   return 0;
 }
