@@ -121,7 +121,8 @@ static void TimeWorkload(lua_State* L, const struct Workload* workload) {
     Run(L, workload, count);
     elapsed = Now() - start;
   }
-  printf("%s\t%.0f\t%.1f\n", workload->name, workload->target, elapsed / (double)(count / 2));
+  const long last_count = count / 2;
+  printf("%s\t%.0f\t%.1f\n", workload->name, workload->target, elapsed / (double)last_count);
 }
 
 static void CountWorkload(lua_State* L, const struct Workload* workload, long divisor) {

@@ -60,7 +60,7 @@ class NumberedFunctions {
   constexpr NumberedFunctions(const char* stubs, unsigned count) : stubs_(stubs), count_(count) {}
 
   lua_CFunction At(unsigned number) const {
-    return reinterpret_cast<lua_CFunction>(const_cast<char*>(stubs_ + number * TQ_STUB_SIZE + kThumbBit));
+    return reinterpret_cast<lua_CFunction>(const_cast<char*>(stubs_ + std::size_t{number} * TQ_STUB_SIZE + kThumbBit));
   }
   // Not below count() for every other function.
   std::size_t NumberOf(lua_CFunction function) const {
