@@ -178,9 +178,11 @@ int CallInheritedMetamethod(lua_State* L) {
   int arguments = lua_gettop(L);
   lua_pushvalue(L, lua_upvalueindex(1));
   if (record == nullptr || !PushBaseMetamethod(L, *record, arguments + 1)) {
+    // GCOVR_EXCL_START: left by a jump, which is not counted
     return luaL_error(L,
                       "The metamethod proxy is set, but it failed to find actual metamethod. Memory corruption is most "
                       "likely explanation.");
+    // GCOVR_EXCL_STOP
   }
   lua_remove(L, arguments + 1);
   lua_insert(L, 1);

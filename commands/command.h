@@ -154,7 +154,9 @@ template <class... Word>
           constexpr Parameter kParameter = Meaning<Word>::kParameter;
           ++index;
           TypeId type = std::is_same_v<Word, Store> ? kParameter.type() : command.parameters[index - 1].type();
+          // GCOVR_EXCL_BR_START: as above
           slot = ReadArgument(L, command, index, kParameter.kind(), type, slots, slot);
+          // GCOVR_EXCL_BR_STOP
         }
       }(),
       ...);

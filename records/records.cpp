@@ -212,8 +212,6 @@ const binding::InPlace kInPlace = {kGetters, kSetters, kConstructors, GetInPlace
 
 ClassRecord* const* const class_list = classes;
 
-int CountClasses() { return kClassCount; }
-
 void SetUpClasses() {
   unsigned number = 0;
   Attribute* attribute = attributes;

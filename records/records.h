@@ -30,8 +30,6 @@ struct RecordClass {
     return tq_mom::RecordClass(tq_mom::kTypeOf<Record>, sizeof(Record), __VA_ARGS__); \
   }()
 
-int CountClasses();
-
 // The class records, ended by a null; filled in by SetUpClasses.
 extern binding::ClassRecord* const* const class_list;
 
