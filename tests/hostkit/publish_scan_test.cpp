@@ -208,9 +208,17 @@ TEST_F(Scans, CanBeLeftByLongjmpWithinAnother) {
   EXPECT_EQ(Frames(), 0U);
 }
 
+// As ScanAndJump, from further down the stack than any later call of the test.
+[[gnu::noinline]] void ScanAndJumpDeep(tq_global_t* g, tq_obj* pattern) {
+  char room[1 << 16];
+  asm volatile("" : : "r"(room) : "memory");  // keeps the room
+  ScanAndJump(g, pattern);
+  asm volatile("" : : "r"(room) : "memory");
+}
+
 TEST_F(Scans, LeftAreReleasedWhenTheRuntimeEnds) {
   const Obj pattern("*");
-  ScanAndJump(g, pattern);
+  ScanAndJumpDeep(g, pattern);
   EXPECT_EQ(Frames(), 1U);
 }
 
