@@ -212,9 +212,10 @@ return kind == 'string' and redis.call('get', KEYS[1]) or '')lua"},
 local page = redis.call('scan', ARGV[1], 'match', ARGV[2], 'count', ARGV[3])
 local found, left = {page[1]}, tonumber(ARGV[4])
 for _, key in ipairs(page[2]) do
-  local kind = redis.call('type', key).ok
+  -- A key that is arriving with its slot cannot be read here yet.
+  local kind = redis.pcall('type', key).ok
   if kind ~= 'none' then
-    local value = ''
+    local value = kind and '' or 0
     if kind == 'string' then
       left = left - redis.call('strlen', key)
       value = left >= 0 and redis.call('get', key) or 0
@@ -229,7 +230,7 @@ return found)lua"},
 local page = redis.call('scan', ARGV[1], 'match', ARGV[2], 'count', ARGV[3])
 local counts = {string = 0, hash = 0, list = 0, set = 0, zset = 0, expiring = 0}
 for _, key in ipairs(page[2]) do
-  local kind = redis.call('type', key).ok
+  local kind = redis.pcall('type', key).ok or 'arriving'
   if counts[kind] then
     counts[kind] = counts[kind] + 1
     local own = kind == 'hash' and redis.call('hget', key, ':expires')
