@@ -84,12 +84,6 @@ EXPORTED int tq_mom_scan_sync(tq_global_t* g, int db, void* key, unsigned int co
 
 /* The host. */
 
-#if defined(__SANITIZE_ADDRESS__)
-/* An error in the callback of a scan skips the scan's clean-up, its context stays. */
-const char* __lsan_default_suppressions(void);
-EXPORTED const char* __lsan_default_suppressions(void) { return "leak:tq_mom::Scan"; }
-#endif
-
 static int ScansFinished(lua_State* L) {
   lua_pushinteger(L, scans_finished);
   return 1;

@@ -96,6 +96,7 @@ function TestClassOverwriting:test_the_class_is_that_of_the_record_though_it_nam
   lu.assertIs(debug.getmetatable(result), registry.SWIG.later_obj)
   lu.assertIs(debug.getmetatable(cast), registry.SWIG.later_obj)
   registry.SWIG.later_obj = nil
+  debug.setmetatable(result, registry.SWIG.tq_mom_set_res_t)  -- which frees it
 end
 
 function TestClassOverwriting:test_collection_asks_the_descriptor_for_the_destructor()
