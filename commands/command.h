@@ -261,7 +261,12 @@ struct ShortCaller {
   }
   template <std::size_t... i>
   static Word Call(ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
-    return (Word) reinterpret_cast<Result (*)(T...)>(client)(slots[i].template Get<T>()...);
+    Result result = reinterpret_cast<Result (*)(T...)>(client)(slots[i].template Get<T>()...);
+    if constexpr (std::is_pointer_v<Result>) {
+      return reinterpret_cast<Word>(result);
+    } else {
+      return static_cast<Word>(result);
+    }
   }
 };
 

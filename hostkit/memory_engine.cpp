@@ -681,7 +681,7 @@ class MemoryEngine::Scanner : public Cursor {
   // The place behind the last name, also when that is gone.
   Store::Order::const_iterator Resume(const Store::Order& names) const {
     if (!started_) return names.begin();
-    return removals_ == engine_->store_.removals() ? std::next(place_) : names.upper_bound(std::string_view(last_));
+    return removals_ == engine_->store_.removals() ? std::next(place_) : names.upper_bound(std::string_view{last_});
   }
 
   MemoryEngine* const engine_;

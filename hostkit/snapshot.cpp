@@ -76,7 +76,7 @@ class Writer {
 
   void operator()(const Set& set) {
     Count(set.size());
-    for (const auto* member : Sorted(set, [](const std::string& text) { return std::string_view(text); })) {
+    for (const auto* member : Sorted(set, [](const std::string& text) { return std::string_view{text}; })) {
       Bytes(*member);
     }
   }

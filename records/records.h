@@ -13,13 +13,13 @@ inline constexpr int kMaxFields = 24;
 struct RecordClass {
   template <class... F>
   consteval RecordClass(TypeId type_id, std::size_t record_size, F... field)
-      : type(type_id), size(record_size), field_count(sizeof...(field)), fields{field...} {
+      : size(record_size), field_count(sizeof...(field)), type(type_id), fields{field...} {
     static_assert(sizeof...(field) <= kMaxFields, "A class has at most kMaxFields fields");
   }
 
-  TypeId type;
   std::size_t size;
   int field_count;
+  TypeId type;
   Field fields[kMaxFields];
 };
 

@@ -34,7 +34,7 @@ struct Packed {
   // Adds the parts as one string.
   template <class... Part>
   constexpr void Append(Part... parts) {
-    for (std::string_view part : {std::string_view(parts)...}) {
+    for (std::string_view part : {std::string_view{parts}...}) {
       for (char c : part) text[size++] = c;
     }
     text[size++] = '\0';
