@@ -172,7 +172,7 @@ int Reset(lua_State*) {
   return 0;
 }
 
-void PushOwned(lua_State* L, const Owned& owned) {
+void PushOwned(lua_State* L, const Owned& owned, std::int64_t now) {
   lua_createtable(L, 0, 8);
   SetString(L, "type", owned.function->owned->name);
   SetString(L, "call", owned.function->name);
@@ -180,7 +180,7 @@ void PushOwned(lua_State* L, const Owned& owned) {
     lua_pushlstring(L, owned.key, owned.key_length);
     lua_setfield(L, -2, "key");
   }
-  lua_pushnumber(L, static_cast<lua_Number>(tq_watch_now() - owned.since) / 1e6);
+  lua_pushnumber(L, static_cast<lua_Number>(now - owned.since) / 1e6);
   lua_setfield(L, -2, "age");
   SetPosition(L, owned.position);
 }
@@ -189,8 +189,9 @@ void PushOwned(lua_State* L, const Owned& owned) {
 int Live(lua_State* L) {
   lua_newtable(L);
   lua_Integer count = 0;
+  std::int64_t now = tq_watch_now();
   for (const Owned* owned = tq_watch_oldest(); owned != nullptr; owned = owned->newer) {
-    PushOwned(L, *owned);
+    PushOwned(L, *owned, now);
     lua_rawseti(L, -2, ++count);
   }
   return 1;
