@@ -1,9 +1,5 @@
 #include "proxy.h"
 
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -11,43 +7,12 @@
 #include <array>
 #include <utility>
 
+#include "loopback.h"
+
 namespace hostkit {
-namespace {
 
-sockaddr_in Loopback(int port) {
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
-
-bool SendAll(int socket, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (sent <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(sent));
-  }
-  return true;
-}
-
-void HurrySmallPieces(int socket) {
-  const int on = 1;
-  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-}
-
-}  // namespace
-
-Proxy::Proxy(const ServerAddress& server) : server_(server) {
-  listener_ = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address = Loopback(0);
-  socklen_t size = sizeof address;
-  EXPECT_EQ(bind(listener_, reinterpret_cast<sockaddr*>(&address), size), 0);
-  EXPECT_EQ(listen(listener_, 16), 0);
-  EXPECT_EQ(getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size), 0);
-  port_ = ntohs(address.sin_port);
-  thread_ = std::thread([this] { Run(); });
-}
+Proxy::Proxy(const ServerAddress& server)
+    : server_(server), listener_(ListenOnLoopback(&port_)), thread_([this] { Run(); }) {}
 
 Proxy::~Proxy() {
   stop_ = true;
@@ -66,11 +31,9 @@ void Proxy::Break(Fault fault) {
 
 void Proxy::Accept() {
   const int client = accept(listener_, nullptr, nullptr);
-  const int server = socket(AF_INET, SOCK_STREAM, 0);
-  const sockaddr_in address = Loopback(server_.port);
-  if (connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+  const int server = ConnectToLoopback(server_.port);
+  if (server == -1) {
     close(client);
-    close(server);
     return;
   }
   HurrySmallPieces(client);
@@ -82,6 +45,7 @@ void Proxy::Accept() {
 bool Proxy::FromClient(const Pair& pair) {
   std::array<char, 65536> piece;
   const ssize_t size = recv(pair.client, piece.data(), piece.size(), 0);
+  if (!std::exchange(asked_, true)) ++round_trips_;
   return size > 0 && SendAll(pair.server, {piece.data(), static_cast<std::size_t>(size)});
 }
 
@@ -91,6 +55,7 @@ bool Proxy::FromServer(const Pair& pair) {
   if (size <= 0) return false;
   std::string bytes(piece.data(), static_cast<std::size_t>(size));
   last_size_ = bytes.size();
+  asked_ = false;
   std::optional<Fault> fault;
   {
     const std::lock_guard lock(mutex_);

@@ -34,6 +34,8 @@ class Proxy {
   // The size of the last piece that the server sent.
   std::size_t last_size() const { return last_size_; }
   int connections() const { return connections_; }
+  // How often the server was asked after it had answered.
+  int round_trips() const { return round_trips_; }
 
  private:
   struct Pair {
@@ -48,12 +50,14 @@ class Proxy {
   bool FromServer(const Pair& pair);
 
   const ServerAddress server_;
-  int listener_ = -1;
   int port_ = 0;
+  int listener_ = -1;
   std::atomic<bool> stop_ = false;
   std::atomic<bool> close_all_ = false;
   std::atomic<std::size_t> last_size_ = 0;
   std::atomic<int> connections_ = 0;
+  std::atomic<int> round_trips_ = 0;
+  bool asked_ = false;
   std::mutex mutex_;
   std::optional<Fault> fault_;
   std::vector<Pair> pairs_;

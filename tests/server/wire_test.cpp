@@ -1,9 +1,16 @@
 // What goes wrong on the wire: no crash, no hang, no wrong answer, and no write done twice.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
+#include <thread>
+#include <tuple>
+#include <type_traits>
+#include <vector>
 
 #include "hostkit/server_engine.h"
 #include "proxy.h"
@@ -15,76 +22,119 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-// A command, and what it gives as text when all is well.
+// Results as text.
+std::string Shown(std::int64_t number) { return std::to_string(number); }
+std::string Shown(bool flag) { return flag ? "yes" : "no"; }
+std::string Shown(double number) { return std::to_string(number); }
+std::string Shown(const std::string& text) { return text; }
+std::string Shown(const Field& field) { return std::to_string(field.tag) + '=' + field.bytes; }
+std::string Shown(const FieldRemaining& field) { return std::to_string(field.tag) + " expires"; }
+std::string Shown(const ScoredMember& scored) { return scored.member + '=' + Shown(scored.score); }
+std::string Shown(const Element& element) { return element.name + '=' + element.value; }
+std::string Shown(const KeyState& state) {
+  return Shown(std::int64_t{static_cast<int>(state.kind)}) + (state.remaining ? " expires" : "");
+}
+template <typename Value>
+std::string Shown(const std::optional<Value>& value) {
+  return value ? Shown(*value) : "none";
+}
+template <typename Value>
+std::string Shown(const std::vector<Value>& values) {
+  std::string text;
+  for (const Value& value : values) text += Shown(value) + ' ';
+  return text;
+}
+std::string Shown(const HashContents& hash) { return Shown(hash.fields); }
+
+// A call of the engine, and what it gives as text when all is well.
 struct Operation {
   const char* name;
   bool writes;
-  Status (*run)(Engine* engine, std::string* result);
+  std::function<Status(Engine* engine, std::string* result)> run;
 };
+
+// Calls a method with those arguments, and with a place for its result if it has one.
+template <typename... Parameters, typename... Arguments>
+auto Calling(Status (Engine::*method)(Parameters...), Arguments... arguments) {
+  return [=](Engine* engine, std::string* result) {
+    if constexpr (sizeof...(Parameters) == sizeof...(Arguments)) {
+      return (engine->*method)(arguments...);
+    } else {
+      using Last = std::tuple_element_t<sizeof...(Parameters) - 1, std::tuple<Parameters...>>;
+      std::remove_pointer_t<Last> out = {};
+      Status status = (engine->*method)(arguments..., &out);
+      if (status.ok()) *result = Shown(out);
+      return status;
+    }
+  };
+}
 
 constexpr Request kText{0, "text"};
 constexpr Request kList{0, "list"};
 constexpr Request kHash{0, "hash"};
 constexpr Request kSorted{0, "sorted"};
+constexpr Request kSet{0, "set"};
 constexpr Request kCount{0, "count"};
+// Of each kind one whose contents nobody looks at.
+constexpr Request kOtherText{1, "text"};
+constexpr Request kOtherList{1, "list"};
+constexpr Request kNoList{1, "none"};
+constexpr Request kOtherHash{1, "hash"};
+constexpr Request kOtherSorted{1, "sorted"};
+constexpr Request kOtherSet{1, "set"};
+
+constexpr std::array kTags = {FieldTag{1}, FieldTag{4294967295U}};
+constexpr std::array kFields = {FieldView{1, "one"}, FieldView{4294967295U, ""}};
+constexpr std::array kScored = {ScoredView{"m", 1.5}, ScoredView{"n", -2}};
+constexpr std::array kMembers = {std::string_view("m"), std::string_view("x")};
 
 const Operation kOperations[] = {
-    {"get", false,
-     [](Engine* engine, std::string* result) {
+    {"get", false, Calling(&Engine::Get, kText)},
+    {"exists", false, Calling(&Engine::Exists, kText)},
+    {"inspect", false, Calling(&Engine::Inspect, kText)},
+    {"read", false, Calling(&Engine::ReadElement, kText)},
+    {"hmget", false, Calling(&Engine::HashGet, kHash, kTags)},
+    {"hgetall", false, Calling(&Engine::HashGetAll, kHash)},
+    {"remaining", false, Calling(&Engine::HashRemaining, kHash)},
+    {"llen", false, Calling(&Engine::ListLength, kOtherList)},
+    {"lrange", false, Calling(&Engine::ListRange, kList, 0, 2)},
+    {"sismember", false, Calling(&Engine::SetContains, kSet, "m")},
+    {"scard", false, Calling(&Engine::SetSize, kSet)},
+    {"smembers", false, Calling(&Engine::SetMembers, kSet)},
+    {"zcard", false, Calling(&Engine::SortedSize, kSorted)},
+    {"zcount", false, Calling(&Engine::SortedCount, kSorted, -5, 5)},
+    {"zrange", false, Calling(&Engine::SortedRange, kSorted, 0, -1)},
+    {"zrangebyscore", false, Calling(&Engine::SortedRangeByScore, kSorted, -5, 5)},
+    {"zrank", false, Calling(&Engine::SortedRank, kSorted, "m")},
+    {"zscore", false, Calling(&Engine::SortedScore, kSorted, "m")},
+    {"incr", true, Calling(&Engine::Increment, kCount)},
+    {"rpush", true, Calling(&Engine::ListPush, kList, End::kTail, "more")},
+    {"del", true, Calling(&Engine::Delete, kOtherText)},
+    {"expire", true, Calling(&Engine::Expire, kOtherText, 5000U)},
+    {"persist", true, Calling(&Engine::Persist, kOtherText, 0U)},
+    {"set", true, Calling(&Engine::Set, kOtherText, "v", std::nullopt)},
+    {"psetex", true, Calling(&Engine::Set, kOtherText, "v", 5000U)},
+    {"setnx", true, Calling(&Engine::SetIfAbsent, kOtherText, "v")},
+    {"hmset", true, Calling(&Engine::HashSet, kOtherHash, kFields)},
+    {"hmsetnx", true, Calling(&Engine::HashSetIfAbsent, kOtherHash, kFields)},
+    {"expire_field", true, Calling(&Engine::HashExpire, kOtherHash, kTags, 5000U)},
+    {"lpush", true, Calling(&Engine::ListPush, kOtherList, End::kHead, "v")},
+    {"lpop", true,
+     [](Engine* engine, std::string* /*result*/) {
        std::optional<std::string> value;
-       Status status = engine->Get(kText, &value);
-       *result = value.value_or("none");
-       return status;
+       std::int64_t left = 0;
+       return engine->ListPop(kNoList, End::kHead, &value, &left);
      }},
-    {"lrange", false,
-     [](Engine* engine, std::string* result) {
-       std::vector<std::string> values;
-       Status status = engine->ListRange(kList, 0, 2, &values);
-       for (const std::string& value : values) *result += value + ' ';
-       return status;
-     }},
-    {"hgetall", false,
-     [](Engine* engine, std::string* result) {
-       HashContents hash;
-       Status status = engine->HashGetAll(kHash, &hash);
-       for (const Field& field : hash.fields) *result += std::to_string(field.tag) + '=' + field.bytes + ' ';
-       return status;
-     }},
-    {"zrange", false,
-     [](Engine* engine, std::string* result) {
-       std::vector<ScoredMember> members;
-       Status status = engine->SortedRange(kSorted, 0, -1, &members);
-       for (const ScoredMember& scored : members) *result += scored.member + '=' + std::to_string(scored.score) + ' ';
-       return status;
-     }},
-    {"exists", false,
-     [](Engine* engine, std::string* result) {
-       bool exists = false;
-       Status status = engine->Exists(kText, &exists);
-       *result = exists ? "1" : "0";
-       return status;
-     }},
-    {"incr", true,
-     [](Engine* engine, std::string* result) {
-       std::int64_t value = 0;
-       Status status = engine->Increment(kCount, &value);
-       if (status.ok()) *result = "counted";
-       return status;
-     }},
-    {"rpush", true,
-     [](Engine* engine, std::string* result) {
-       std::int64_t length = 0;
-       Status status = engine->ListPush(kList, End::kTail, "more", &length);
-       if (status.ok()) *result = "pushed";
-       return status;
-     }},
-    {"hmset", true,
-     [](Engine* engine, std::string* result) {
-       const FieldView fields[] = {{1, "one"}};
-       Status status = engine->HashSet(kHash, fields);
-       if (status.ok()) *result = "set";
-       return status;
-     }},
+    {"linsert", true, Calling(&Engine::ListInsert, kList, "third", Where::kBefore, "more")},
+    {"lset", true, Calling(&Engine::ListSet, kList, 0, "first")},
+    {"lrem", true, Calling(&Engine::ListRemove, kOtherList, 1U, "w")},
+    {"sadd", true, Calling(&Engine::SetAdd, kOtherSet, "m")},
+    {"srem", true, Calling(&Engine::SetRemove, kOtherSet, "m")},
+    {"zadd", true, Calling(&Engine::SortedAdd, kOtherSorted, kScored)},
+    {"zrem", true, Calling(&Engine::SortedRemove, kOtherSorted, kMembers)},
+    {"zremrangebyrank", true, Calling(&Engine::SortedRemoveRange, kOtherSorted, 5, 6)},
+    {"zremrangebyscore", true, Calling(&Engine::SortedRemoveRangeByScore, kOtherSorted, 5, 6)},
+    {"publish", true, Calling(&Engine::Publish, kText, "v")},
 };
 
 class Wire : public ::testing::Test {
@@ -96,10 +146,10 @@ class Wire : public ::testing::Test {
       ASSERT_TRUE(direct_->ListPush(kList, End::kTail, value, &count).ok());
     }
     ASSERT_TRUE(direct_->Set(kText, std::string_view("a\r\n\0b", 5), {}).ok());
-    const FieldView fields[] = {{1, "one"}, {4294967295U, ""}};
-    ASSERT_TRUE(direct_->HashSet(kHash, fields).ok());
-    const ScoredView members[] = {{"m", 1.5}, {"n", -2}};
-    ASSERT_TRUE(direct_->SortedAdd(kSorted, members, &count).ok());
+    ASSERT_TRUE(direct_->HashSet(kHash, kFields).ok());
+    ASSERT_TRUE(direct_->SortedAdd(kSorted, kScored, &count).ok());
+    bool added = false;
+    ASSERT_TRUE(direct_->SetAdd(kSet, "m", &added).ok());
     Reconnect("timeout=2000");
     // The scripts are known from here on.
     for (const Operation& operation : kOperations) Expect(operation, StatusCode::kOk);
@@ -142,6 +192,14 @@ class Wire : public ::testing::Test {
   std::unique_ptr<Engine> direct_;
   std::unique_ptr<Engine> engine_;
 };
+
+TEST_F(Wire, EachCallIsOneRoundTrip) {
+  for (const Operation& operation : kOperations) {
+    const int before = proxy_.round_trips();
+    Expect(operation, StatusCode::kOk);
+    EXPECT_EQ(proxy_.round_trips() - before, 1) << operation.name;
+  }
+}
 
 TEST_F(Wire, AnswersCutAtEveryByte) {
   for (const Operation& operation : kOperations) {
@@ -192,7 +250,9 @@ TEST_F(Wire, ASlowAnswerIsAnAnswer) {
 
 TEST_F(Wire, ACallEndsInTime) {
   Reconnect("timeout=60");
-  for (const Operation& operation : kOperations) {
+  for (const char* name : {"get", "hgetall", "zrange", "incr", "hmset"}) {
+    const Operation& operation = *std::find_if(std::begin(kOperations), std::end(kOperations),
+                                               [&](const Operation& one) { return one.name == std::string(name); });
     for (const bool trickles : {false, true}) {
       proxy_.Break({{}, trickles ? std::optional<std::string>() : "$100\r\n", milliseconds(trickles ? 15 : 0), false});
       const Clock::time_point start = Clock::now();
