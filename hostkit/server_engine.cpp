@@ -26,10 +26,6 @@ bool ClusterByEnvironment() {
   return value != nullptr && *value != '\0' && std::string_view(value) != "0";
 }
 
-Status UnexpectedForm(bool writes) {
-  return {writes ? StatusCode::kOutcomeUnknown : StatusCode::kFailed, "an answer of an unexpected form"};
-}
-
 class ServerEngine : public Engine {
  public:
   explicit ServerEngine(ServerOptions options)
@@ -326,7 +322,9 @@ Status ServerEngine::SaveOn(const ServerAddress& node, const CallEnd& end) {
   std::string info;
   std::string saves_before;
   for (bool started = false;;) {
-    if (Status status = Info(node, "persistence", end, &info); !status.ok()) return status;
+    if (Status status = Info(node, "persistence", end, &info); !status.ok()) {
+      return started ? Status(StatusCode::kOutcomeUnknown, std::move(status).text()) : status;
+    }
     const bool running = InfoValue(info, "rdb_bgsave_in_progress") != "0";
     if (started && !running && InfoValue(info, "rdb_saves") != saves_before) break;
     if (!started && !running) {
@@ -336,8 +334,11 @@ Status ServerEngine::SaveOn(const ServerAddress& node, const CallEnd& end) {
       started = true;
       continue;
     }
-    if (end.Passed()) return {StatusCode::kOutcomeUnknown, ToText(node) + ": the save is not over in time"};
     std::this_thread::sleep_for(std::min<std::chrono::microseconds>(kSavePoll, end.Left()));
+    if (end.Passed()) {
+      return started ? Status(StatusCode::kOutcomeUnknown, ToText(node) + ": the save is not over in time")
+                     : Status(StatusCode::kUnavailable, ToText(node) + ": another save is not over in time");
+    }
   }
   if (InfoValue(info, "rdb_last_bgsave_status") == "ok") return {};
   return {StatusCode::kFailed, ToText(node) + ": the save failed"};

@@ -20,9 +20,11 @@ bool IsPush(const redisReply& reply, std::string_view what, std::size_t elements
 
 }  // namespace
 
-ServerAddress ServerMessages::Node() const {
+Status ServerMessages::FindNode(ServerAddress* node) const {
+  if (router_->shards().empty()) return {StatusCode::kUnavailable, "no node of the cluster has slots"};
   const ServerAddress* owner = router_->is_cluster() ? router_->slots().OwnerOf(0) : nullptr;
-  return owner != nullptr ? *owner : router_->shards().front().master;
+  *node = owner != nullptr ? *owner : router_->shards().front().master;
+  return {};
 }
 
 bool ServerMessages::IsSubscribed(const std::string& server_pattern) const {
@@ -83,11 +85,13 @@ Status ServerMessages::Tell(std::string_view verb, const std::string& server_pat
 }
 
 Status ServerMessages::Open(const CallEnd& end) {
-  if (connection_ != nullptr && connection_->is_open()) return {};
+  if (IsOpen()) return {};
   if (router_->is_cluster()) {
     if (Status status = router_->Refresh(end); !status.ok()) return status;
   }
-  connection_ = std::make_unique<Connection>(Node(), options_);
+  ServerAddress node;
+  if (Status status = FindNode(&node); !status.ok()) return status;
+  connection_ = std::make_unique<Connection>(std::move(node), options_);
   std::string why;
   if (connection_->Open(end, &why) != Delivery::kAnswered) return {StatusCode::kUnavailable, std::move(why)};
   for (const Subscription& known : subscriptions_) {
@@ -116,7 +120,7 @@ Status ServerMessages::Unsubscribe(const Request& pattern, const CallEnd& end) {
   if (known == subscriptions_.end()) return {};
   const std::string server_pattern = std::move(known->server_pattern);
   subscriptions_.erase(known);
-  if (connection_ == nullptr || !connection_->is_open() || IsSubscribed(server_pattern)) return {};
+  if (!IsOpen() || IsSubscribed(server_pattern)) return {};
   return Tell("punsubscribe", server_pattern, end);
 }
 
@@ -125,16 +129,20 @@ Status ServerMessages::Publish(const Request& request, std::string_view message,
   const std::string channel = ChannelBeginning(request.db) + std::string(request.name);
   ServerCommand publish(Effect::kWrites, "PUBLISH");
   publish.Add(channel).Add(message);
-  if (router_->is_cluster() && router_->shards().empty()) return {StatusCode::kUnavailable, "no node has slots"};
-  const ServerAddress node = connection_ != nullptr && connection_->is_open() ? connection_->address() : Node();
+  ServerAddress node;
+  if (IsOpen()) {
+    node = connection_->address();
+  } else if (Status status = FindNode(&node); !status.ok()) {
+    return status;
+  }
   ReplyPtr reply;
   if (Status status = router_->RunOn(node, &publish, end, &reply); !status.ok()) return status;
-  if (!Take(*reply, receivers)) return {StatusCode::kOutcomeUnknown, "an answer of an unexpected form"};
+  if (!Take(*reply, receivers)) return UnexpectedForm(true);
 
   const auto ours = std::count_if(subscriptions_.begin(), subscriptions_.end(), [&](const Subscription& known) {
     return known.db == request.db && GlobMatches(known.pattern, request.name);
   });
-  std::ptrdiff_t missing = connection_ != nullptr && connection_->is_open() ? ours : 0;
+  std::ptrdiff_t missing = IsOpen() ? ours : 0;
   const auto count_ours = [&](const Message& arrived) {
     if (arrived.db == request.db && arrived.name == request.name && arrived.value == message) --missing;
   };

@@ -30,8 +30,6 @@ class ServerMessages {
   // A connection that broke is opened again; what was published meanwhile is lost.
   Status Poll(const CallEnd& end, std::vector<Message>* messages);
 
-  std::size_t count() const { return subscriptions_.size(); }
-
  private:
   struct Subscription {
     int db;
@@ -39,7 +37,9 @@ class ServerMessages {
     std::string server_pattern;
   };
 
-  ServerAddress Node() const;
+  // Where to subscribe and to publish.
+  Status FindNode(ServerAddress* node) const;
+  bool IsOpen() const { return connection_ != nullptr && connection_->is_open(); }
   std::string ChannelBeginning(int db) const { return options_.prefix + std::to_string(db) + ':'; }
   bool IsSubscribed(const std::string& server_pattern) const;
   // Opens the connection and tells the server all subscriptions, if that is not done.

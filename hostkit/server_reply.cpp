@@ -81,6 +81,10 @@ Verdict Judge(const redisReply& reply) {
 
 Status StatusOf(const redisReply& refusal) { return {RowOf(refusal).code, std::string(TextOf(refusal))}; }
 
+Status UnexpectedForm(bool writes) {
+  return {writes ? StatusCode::kOutcomeUnknown : StatusCode::kFailed, "an answer of an unexpected form"};
+}
+
 std::optional<Redirection> ParseRedirection(std::string_view text, const ServerAddress& asked) {
   const std::size_t before_slot = text.find(' ');
   const std::size_t before_node = text.find(' ', before_slot + 1);

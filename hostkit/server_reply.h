@@ -36,6 +36,8 @@ enum class Verdict {
 // Any verdict but kDone means that the command has changed nothing.
 Verdict Judge(const redisReply& reply);
 Status StatusOf(const redisReply& refusal);
+// Of an answer that its command never has.
+Status UnexpectedForm(bool writes);
 
 // Where a redirection (kMoved, kAsk) points to. A host that the text leaves out is that of `asked`.
 struct Redirection {

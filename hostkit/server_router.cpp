@@ -192,7 +192,6 @@ Status Router::RunOn(const ServerAddress& node, ServerCommand* command, const Ca
     const Next next = Try(command, end, &attempt, reply);
     if (next == Next::kReturn || end.Passed()) return attempt.status;
     if (next == Next::kRescue && ++rescues == kRescues) return attempt.status;
-    if (next == Next::kRepeat && attempt.moved_to) return attempt.status;
     if (next != Next::kRepeat) Pause(attempts, end);
   }
 }

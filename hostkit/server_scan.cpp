@@ -65,7 +65,7 @@ Status ServerScan::Start() {
     ReplyPtr reply;
     std::int64_t count = 0;
     if (Status status = router_->RunOn(node, &size, NewEnd(), &reply); !status.ok()) return status;
-    if (!Take(*reply, &count)) return {StatusCode::kFailed, "an answer of an unexpected form"};
+    if (!Take(*reply, &count)) return UnexpectedForm(false);
     keys += count;
   }
   parts_ = static_cast<std::uint64_t>(std::max<std::int64_t>(keys - 1, 0) / bounds_.remembered + 1);
@@ -95,10 +95,11 @@ Status ServerScan::FindOpenSlots(const ServerAddress& node, std::bitset<kSlotCou
   ReplyPtr reply;
   std::string lines;
   if (Status status = router_->RunOn(node, &nodes, NewEnd(), &reply); !status.ok()) return status;
-  if (!Take(*reply, &lines)) return {StatusCode::kFailed, "an answer of an unexpected form"};
+  const bool text = Take(*reply, &lines);
   // Its own line ends in the slots, of which those on the move look like [93->-id] or [93-<-id].
   const std::size_t own = lines.find("myself");
-  const std::string line = own != std::string::npos ? lines.substr(own, lines.find('\n', own) - own) : "";
+  if (!text || own == std::string::npos) return UnexpectedForm(false);
+  const std::string line = lines.substr(own, lines.find('\n', own) - own);
   for (std::size_t at = line.find('['); at != std::string::npos; at = line.find('[', at + 1)) {
     const int slot = std::atoi(line.c_str() + at + 1);
     if (slot >= 0 && slot < kSlotCount) open->set(static_cast<std::size_t>(slot));
@@ -167,7 +168,7 @@ Status ServerScan::ReadPage() {
       good = TakeKey(*reply->element[index], reply->element[index + 1]);
     }
   }
-  if (!good) return {StatusCode::kFailed, "an answer of an unexpected form"};
+  if (!good) return UnexpectedForm(false);
   cursor_ = std::move(next);
   return {};
 }
@@ -175,8 +176,9 @@ Status ServerScan::ReadPage() {
 Status ServerScan::Advance(bool* over) {
   if (nodes_.empty()) {
     if (Status status = PlanNodes(); !status.ok()) return status;
-    *over = nodes_.empty();
+    *over = nodes_.empty() && done_.all();
     if (*over) return {};
+    if (nodes_.empty()) return {StatusCode::kUnavailable, "no node of the cluster has some of its slots"};
     if (done_.any()) {
       // Slots are on the move, or were.
       if (++replans_ * kPause > limit_) return {StatusCode::kUnavailable, "the slots keep moving"};

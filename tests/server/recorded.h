@@ -4,11 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <string_view>
 
 #include "hostkit/server_reply.h"
 
 namespace hostkit {
+
+// A text on the wire.
+inline std::string Bulk(const std::string& text) { return '$' + std::to_string(text.size()) + "\r\n" + text + "\r\n"; }
 
 inline ReplyPtr Recorded(std::string_view wire) {
   redisReader* reader = redisReaderCreate();

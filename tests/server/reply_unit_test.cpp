@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include "hostkit/server_reply.h"
 #include "recorded.h"
@@ -61,6 +62,8 @@ TEST(Reply, Scores) {
   EXPECT_EQ(members[1].score, -2);
   EXPECT_TRUE(IsRefused<std::vector<ScoredMember>>("*1\r\n$1\r\na\r\n"));
   EXPECT_TRUE(IsRefused<std::vector<ScoredMember>>("*2\r\n$1\r\na\r\n:1\r\n"));
+  EXPECT_TRUE(IsRefused<std::vector<ScoredMember>>("*2\r\n:1\r\n$1\r\n1\r\n"));
+  EXPECT_TRUE(IsRefused<std::vector<ScoredMember>>("$1\r\na\r\n"));
 }
 
 TEST(Reply, Hashes) {
@@ -72,11 +75,16 @@ TEST(Reply, Hashes) {
   EXPECT_EQ(hash.fields[0].bytes, "x");
   EXPECT_TRUE(Taken<HashContents>("*0\r\n").exists);
   EXPECT_TRUE(IsRefused<HashContents>("*2\r\n$10\r\n4294967296\r\n$1\r\nx\r\n"));
-  EXPECT_TRUE(IsRefused<HashContents>("*2\r\n$1\r\nx\r\n$1\r\nx\r\n"));
+  for (const std::string_view tag : {"$1\r\nx\r\n", ":1\r\n", "$2\r\n1x\r\n", "$0\r\n\r\n"}) {
+    EXPECT_TRUE(IsRefused<HashContents>("*2\r\n" + std::string(tag) + "$1\r\nx\r\n")) << tag;
+    EXPECT_TRUE(IsRefused<std::vector<FieldRemaining>>("*2\r\n" + std::string(tag) + ":1\r\n")) << tag;
+  }
+  EXPECT_TRUE(IsRefused<HashContents>("*2\r\n$1\r\n1\r\n:1\r\n"));
   const auto left = Taken<std::vector<FieldRemaining>>("*2\r\n$1\r\n7\r\n:1500\r\n");
   ASSERT_EQ(left.size(), 1U);
   EXPECT_EQ(left[0].tag, 7U);
   EXPECT_EQ(left[0].milliseconds, 1500);
+  EXPECT_TRUE(IsRefused<std::vector<FieldRemaining>>("*2\r\n$1\r\n7\r\n$1\r\n1\r\n"));
 }
 
 struct ErrorCase {
@@ -127,7 +135,8 @@ TEST(Reply, Redirections) {
   EXPECT_EQ(found->node, (ServerAddress{"127.0.0.1", 6381}));
   EXPECT_EQ(ParseRedirection("ASK 1 :6381", asked)->node, (ServerAddress{"10.0.0.1", 6381}));
   EXPECT_EQ(ParseRedirection("MOVED 1 ::1:6381", asked)->node, (ServerAddress{"::1", 6381}));
-  for (const std::string_view wrong : {"MOVED", "MOVED 1", "MOVED x h:1", "MOVED -1 h:1", "MOVED 1 h", "MOVED 1 h:x"}) {
+  for (const std::string_view wrong :
+       {"MOVED", "MOVED 1", "MOVED x h:1", "MOVED -1 h:1", "MOVED 1 h", "MOVED 1 h:x", "MOVED 1 h:0", "MOVED 1x h:1"}) {
     EXPECT_FALSE(ParseRedirection(wrong, asked)) << wrong;
   }
 }

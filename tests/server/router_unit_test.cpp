@@ -93,6 +93,20 @@ TEST_F(RouterTest, ARedirectionForAnotherSlotIsNone) {
   EXPECT_EQ(Run(Effect::kWrites).code(), StatusCode::kFailed);
 }
 
+TEST_F(RouterTest, ARedirectionThatNobodyUnderstandsIsNone) {
+  Connect(true);
+  nodes.At(2, {{Delivery::kAnswered, "-MOVED away\r\n"}});
+  EXPECT_EQ(Run(Effect::kWrites).code(), StatusCode::kFailed);
+}
+
+TEST_F(RouterTest, ACommandForOneNodeIsNotSentToAnother) {
+  Connect(true);
+  nodes.At(2, {{Delivery::kAnswered, "-MOVED 12182 127.0.0.1:3\r\n"}});
+  ServerCommand command(Effect::kReads, "DBSIZE");
+  EXPECT_EQ(router.RunOn({"127.0.0.1", 2}, &command, CallEnd(milliseconds(1000)), &reply).code(), StatusCode::kFailed);
+  EXPECT_EQ(nodes.log(), (Log{"2 DBSIZE"}));
+}
+
 TEST_F(RouterTest, ASingleServerThatRedirectsIsANodeOfACluster) {
   Connect(false);
   nodes.At(1, {{Delivery::kAnswered, "-MOVED 12182 127.0.0.1:3\r\n"}});
@@ -197,6 +211,8 @@ TEST_F(RouterTest, AWriteWaitsForReplicas) {
   EXPECT_EQ(nodes.log(), (Log{"1 SET WAIT"}));
   nodes.At(1, {{Delivery::kAnswered, "+OK\r\n:0\r\n"}});
   EXPECT_EQ(Run(Effect::kWrites).code(), StatusCode::kOutcomeUnknown);
+  nodes.At(1, {{Delivery::kAnswered, "+OK\r\n-ERR WAIT cannot be used with replica instances\r\n"}});
+  EXPECT_EQ(Run(Effect::kWrites).code(), StatusCode::kOutcomeUnknown);
   nodes.At(1, {{Delivery::kAnswered, "-OOM x\r\n:0\r\n"}});
   EXPECT_EQ(Run(Effect::kWrites).code(), StatusCode::kOutOfMemory);
   nodes.log().clear();
@@ -209,6 +225,8 @@ TEST_F(RouterTest, ConnectSaysWhyItFails) {
   EXPECT_EQ(router.Connect(false, CallEnd(milliseconds(5))).code(), StatusCode::kUnavailable);
   EXPECT_EQ(router.Connect(true, CallEnd(milliseconds(5))).code(), StatusCode::kUnavailable);
   nodes.At(1, {{Delivery::kAnswered, "-ERR This instance has cluster support disabled\r\n"}});
+  EXPECT_EQ(router.Connect(true, CallEnd(milliseconds(5))).code(), StatusCode::kFailed);
+  nodes.At(1, {{Delivery::kAnswered, "*1\r\n:1\r\n"}});
   EXPECT_EQ(router.Connect(true, CallEnd(milliseconds(5))).code(), StatusCode::kFailed);
   nodes.At(1, {{Delivery::kAnswered, "-NOAUTH Authentication required.\r\n"}});
   EXPECT_EQ(router.Connect(false, CallEnd(milliseconds(5))).code(), StatusCode::kUnavailable);

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <utility>
 
 #include "hostkit/server_reply.h"
@@ -37,13 +38,8 @@ void ScriptedServer::Say(const std::string& bytes) {
 }
 
 void ScriptedServer::ResetAll() {
-  const std::lock_guard lock(mutex_);
-  for (const Connection& connection : connections_) {
-    const linger at_once = {1, 0};
-    setsockopt(connection.socket, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
-    close(connection.socket);
-  }
-  connections_.clear();
+  reset_ = true;
+  while (reset_) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 std::vector<std::string> ScriptedServer::Log() {
@@ -82,23 +78,23 @@ bool ScriptedServer::Read(const Connection& connection) {
 void ScriptedServer::Run() {
   while (!stop_) {
     std::vector<pollfd> polled = {{listener_, POLLIN, 0}};
-    {
-      const std::lock_guard lock(mutex_);
-      for (const Connection& connection : connections_) polled.push_back({connection.socket, POLLIN, 0});
-    }
+    for (const Connection& connection : connections_) polled.push_back({connection.socket, POLLIN, 0});
     poll(polled.data(), polled.size(), 2);
     const std::lock_guard lock(mutex_);
-    if (polled.size() != 1 + connections_.size()) continue;  // reset meanwhile
+    const bool reset = reset_;
     std::vector<Connection> open;
     for (std::size_t index = 0; index < connections_.size(); ++index) {
       Connection& connection = connections_[index];
-      if (held_ || polled[index + 1].revents == 0 || Read(connection)) {
+      const linger at_once = {1, 0};
+      if (reset) setsockopt(connection.socket, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+      if (!reset && (held_ || polled[index + 1].revents == 0 || Read(connection))) {
         open.push_back(std::move(connection));
       } else {
         close(connection.socket);
       }
     }
     connections_ = std::move(open);
+    if (reset) reset_ = false;
     if (polled.front().revents != 0) {
       const int socket = accept(listener_, nullptr, nullptr);
       HurrySmallPieces(socket);

@@ -57,7 +57,8 @@ class ScriptedServer {
   int listener_ = -1;
   std::atomic<bool> stop_ = false;
   std::atomic<bool> held_ = false;
-  std::mutex mutex_;  // of all that follows
+  std::atomic<bool> reset_ = false;
+  std::mutex mutex_;  // of what follows
   std::map<std::string, std::vector<Reaction>> reactions_;
   std::vector<std::string> log_;
   std::vector<Connection> connections_;

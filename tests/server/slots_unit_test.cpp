@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "hostkit/server_slots.h"
 #include "recorded.h"
 
@@ -38,6 +40,15 @@ TEST(Slots, MapFromACluster) {
   EXPECT_EQ(map.shards()[0].replicas, (std::vector<ServerAddress>{{"127.0.0.1", 7003}}));
 }
 
+TEST(Slots, ANodeWithoutANameIsTheOneThatWasAsked) {
+  for (const std::string name : {"$-1", "$0\r\n", "$1\r\n?"}) {
+    SlotMap map;
+    const std::string wire = "*1\r\n*3\r\n:0\r\n:5\r\n*2\r\n" + name + "\r\n:7000\r\n";
+    ASSERT_TRUE(map.Load(*Recorded(wire), {"10.0.0.9", 7002})) << wire;
+    EXPECT_EQ(*map.OwnerOf(5), (ServerAddress{"10.0.0.9", 7000}));
+  }
+}
+
 TEST(Slots, AMoveTakesOneSlot) {
   SlotMap map;
   ASSERT_TRUE(map.Load(*Recorded(kThreeNodes), {}));
@@ -54,7 +65,11 @@ TEST(Slots, OtherRepliesLeaveTheMapAsItIs) {
   for (const std::string_view wrong :
        {"+OK\r\n", "*1\r\n+OK\r\n", "*1\r\n*2\r\n:0\r\n:1\r\n", "*1\r\n*3\r\n:0\r\n:16384\r\n*2\r\n$1\r\nh\r\n:1\r\n",
         "*1\r\n*3\r\n:-1\r\n:5\r\n*2\r\n$1\r\nh\r\n:1\r\n", "*1\r\n*3\r\n:0\r\n:5\r\n*2\r\n$1\r\nh\r\n:0\r\n",
-        "*1\r\n*3\r\n:0\r\n:5\r\n*2\r\n:1\r\n:1\r\n", "*1\r\n*3\r\n:9\r\n:5\r\n*2\r\n$1\r\nh\r\n:1\r\n"}) {
+        "*1\r\n*3\r\n:0\r\n:5\r\n*2\r\n:1\r\n:1\r\n", "*1\r\n*3\r\n:9\r\n:5\r\n*2\r\n$1\r\nh\r\n:1\r\n",
+        "*1\r\n*3\r\n+0\r\n:5\r\n*2\r\n$1\r\nh\r\n:1\r\n", "*1\r\n*3\r\n:0\r\n+5\r\n*2\r\n$1\r\nh\r\n:1\r\n",
+        "*1\r\n*3\r\n:0\r\n:5\r\n*2\r\n$1\r\nh\r\n:65536\r\n", "*1\r\n*3\r\n:0\r\n:5\r\n*2\r\n$1\r\nh\r\n$1\r\n1\r\n",
+        "*1\r\n*3\r\n:0\r\n:5\r\n$1\r\nh\r\n", "*1\r\n*3\r\n:0\r\n:5\r\n*1\r\n$1\r\nh\r\n",
+        "*1\r\n*4\r\n:0\r\n:5\r\n*2\r\n$1\r\nh\r\n:1\r\n:2\r\n"}) {
     EXPECT_FALSE(map.Load(*Recorded(wrong), {})) << wrong;
     EXPECT_EQ(map.OwnerOf(0)->port, 7000);
   }
