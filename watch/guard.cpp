@@ -1,7 +1,8 @@
 // Finds uses of what was released.
 //
 // A script gets a copy of each result, in pages of its own; when it releases it, nobody may touch the pages any more,
-// and the client library keeps its own record, with all objects in it, until the guard has met many more releases.
+// and the client library keeps its own record, with all arrays and objects in it, until the guard has met many more
+// releases. An array needs no copy: a script gets to its elements by a field of the record only.
 // Objects and runtimes cannot be copied: a released one is found where it is passed to a client function or to tq_obj.
 #include <signal.h>
 #include <sys/mman.h>
@@ -191,17 +192,6 @@ Guarded* MakePages(std::size_t size) {
   return guarded;
 }
 
-constexpr std::size_t Aligned(std::size_t size) {
-  constexpr std::size_t kStep = alignof(std::max_align_t);
-  return (size + kStep - 1) / kStep * kStep;
-}
-
-std::size_t ElementSize(const Member& member) {
-  if (member.type == Member::kObjects) return sizeof(void*);
-  if (member.type == Member::kScores) return sizeof(double);
-  return member.type == Member::kTags ? sizeof(std::size_t) : 0;
-}
-
 }  // namespace
 
 bool AnyCopy() { return copy_count > 0; }
@@ -212,30 +202,13 @@ void* GuardResult(const Call& call, void* record) {
     while (const Guarded* finished = FindDangling(record, true)) RemoveDangling(record, finished);
   }
   if (type.size == 0) return record;
-  std::size_t size = Aligned(type.size);
-  for (const Member* member = type.members; member->type != Member::kEnd; ++member) {
-    if (std::size_t element = ElementSize(*member)) size += Aligned(element * ArrayLength(record, *member));
-  }
-  Guarded* guarded = MakePages(size);
+  Guarded* guarded = MakePages(type.size);
   if (guarded == nullptr) {
     Print("no memory to guard %s", type.name);
     return record;
   }
   CatchFaults();
-  char* free = guarded->pages;
-  std::memcpy(free, record, type.size);
-  free += Aligned(type.size);
-  for (const Member* member = type.members; member->type != Member::kEnd; ++member) {
-    std::size_t element = ElementSize(*member);
-    void* array;
-    if (element == 0) continue;
-    std::memcpy(&array, static_cast<char*>(record) + member->offset, sizeof array);
-    if (array == nullptr) continue;
-    std::size_t length = element * ArrayLength(record, *member);
-    std::memcpy(free, array, length);
-    std::memcpy(guarded->pages + member->offset, &free, sizeof free);
-    free += Aligned(length);
-  }
+  std::memcpy(guarded->pages, record, type.size);
   guarded->type = type.name;
   guarded->function = call.function;
   guarded->got = call.position;

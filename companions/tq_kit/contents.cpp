@@ -22,7 +22,6 @@ std::int64_t TimeAt(lua_State* L, int index) { return lua_isnil(L, index) ? TQ_K
 // Argument 3 of the running function is the table of keys. An error of Lua goes through the client library.
 int Take(tq_global_t*, const tq_kit_element_t* element, void* context) {
   auto* L = static_cast<lua_State*>(context);
-  luaL_checkstack(L, kElementParts + 2, nullptr);
   lua_pushvalue(L, lua_upvalueindex(1));
   lua_pushvalue(L, 3);
   lua_pushstring(L, element->key);

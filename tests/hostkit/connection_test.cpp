@@ -96,14 +96,16 @@ TEST_F(Runtime, DebugShowAllPrintsASummary) {
   Set("s", "v");
   Push("l", "v");
   int32_t tags[] = {1};
-  Obj hash("h");
-  hash.Field(1, "one");
-  tq_mom_hmset_sync(g, 0, hash, tags, 1);
+  for (const char* name : {"h1", "h2"}) {
+    Obj hash(name);
+    hash.Field(1, "one");
+    tq_mom_hmset_sync(g, 0, hash, tags, 1);
+  }
   double scores[] = {1};
   const Obj member("z", "m");
   void* members[] = {member};
   tq_mom_zadd_sync(g, 0, scores, members, 1);
-  tq_mom_sadd_sync(g, 0, Obj("m", "v"));
+  for (const char* name : {"m1", "m2", "m3"}) tq_mom_sadd_sync(g, 0, Obj(name, "v"));
   tq_mom_psetex_sync(g, 3, Obj("e", "v"), 10);
   tq_mom_psetex_sync(g, 4, Obj("gone", "v"), 5);
   clock.Advance(5);
@@ -115,7 +117,7 @@ TEST_F(Runtime, DebugShowAllPrintsASummary) {
   EXPECT_EQ(tq_mom_debug_show_all(g), TQ_MOM_OK);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
             "connected: yes\n"
-            "db 0: 5 keys: 1 strings, 1 hashes, 1 lists, 1 sets, 1 sorted sets; 0 expire\n"
+            "db 0: 8 keys: 1 strings, 2 hashes, 1 lists, 3 sets, 1 sorted sets; 0 expire\n"
             "db 3: 1 keys: 1 strings, 0 hashes, 0 lists, 0 sets, 0 sorted sets; 1 expire\n"
             "subscriptions: 0\n"
             "unreleased: 1 results, 1 objects\n")

@@ -93,7 +93,9 @@ TEST_F(Control, TheClockStopsMovesAndGoesOn) {
   ASSERT_EQ(tq_kit_freeze(g), TQ_MOM_OK) << "again";
   EXPECT_EQ(tq_kit_advance(g, -1), TQ_MOM_INPUT_ERR);
   EXPECT_EQ(tq_kit_advance(g, std::numeric_limits<int64_t>::max()), TQ_MOM_ERR) << "out of range";
-  ASSERT_EQ(tq_kit_advance(g, 999), TQ_MOM_OK);
+  ASSERT_EQ(tq_kit_advance(g, 1), TQ_MOM_OK);
+  EXPECT_EQ(tq_kit_advance(g, int64_t{1} << 62), TQ_MOM_ERR) << "out of range together with what it is";
+  ASSERT_EQ(tq_kit_advance(g, 998), TQ_MOM_OK);
   EXPECT_EQ(tq_mom_exists_sync(g, 0, key), 1);
   ASSERT_EQ(tq_kit_thaw(g), TQ_MOM_OK);
   EXPECT_EQ(tq_mom_exists_sync(g, 0, key), 1) << "it goes on from where it is";

@@ -200,7 +200,7 @@ TEST_P(EngineConformance, IncrementCounts) {
   EXPECT_EQ(Text("n"), "-1");
   EXPECT_GT(Remaining("n"), 0) << "the expiry stays";
 
-  for (const char* text : {"", "x", "1x", "1.5", "9223372036854775808"}) {
+  for (const char* text : {"", "x", "1x", "1.5", "01", "-0", "+1", " 1", "9223372036854775808"}) {
     EXPECT_TRUE(Succeeds(engine->Set(Key("n"), text, std::nullopt)));
     EXPECT_TRUE(Fails(engine->Increment(Key("n"), &value), StatusCode::kWrongKind)) << text;
     EXPECT_EQ(Text("n"), text);

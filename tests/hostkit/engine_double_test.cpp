@@ -98,6 +98,23 @@ TEST_F(EngineDoubles, EachExceptionBecomesAStatus) {
   EXPECT_TRUE(ClientOf(g)->frames.empty());
 }
 
+// Another process may put another kind of value under a key while a visit reads it: the key counts as gone.
+TEST_F(EngineDoubles, AVisitLeavesOutWhatHasChangedItsKind) {
+  ASSERT_EQ(Push("list", "v"), 1);
+  ASSERT_EQ(Set("text", "v"), TQ_MOM_OK);
+  faulty->only = "ListRange";
+  faulty->fault = [] { return Status(StatusCode::kWrongKind, "a string"); };
+  std::vector<std::string> keys;
+  const tq_kit_visitor visitor = [](tq_global_t*, const tq_kit_element_t* element, void* context) {
+    static_cast<std::vector<std::string>*>(context)->push_back(element->key);
+    return 0;
+  };
+  EXPECT_EQ(tq_kit_visit(g, 0, "*", visitor, &keys), 1);
+  EXPECT_EQ(keys, std::vector<std::string>{"text"});
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  EXPECT_EQ(tq_kit_visit(g, 0, "*", visitor, &keys), TQ_MOM_NO_READY);
+}
+
 TEST_F(EngineDoubles, AFailedPublishReachesNobody) {
   int calls = 0;
   ASSERT_GT(tq_kit_subscribe(
@@ -189,6 +206,45 @@ TEST_F(Batches, AScanSeesItsCallersOwnWrites) {
   EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 0, nullptr, nullptr), 3);
 }
 
+// Notes how much time each call has.
+class TimedEngine : public EngineWrapper {
+ public:
+  using EngineWrapper::EngineWrapper;
+
+  Status Expire(const Request& request, std::uint32_t /*milliseconds*/, bool* /*exists*/) override {
+    limits.push_back(request.limit.count());
+    return {};
+  }
+  Status HashExpire(const Request& request, std::span<const FieldTag> /*tags*/, std::uint32_t /*milliseconds*/,
+                    std::int64_t* /*count*/) override {
+    limits.push_back(request.limit.count());
+    return {};
+  }
+
+  std::vector<std::int64_t> limits;
+};
+
+// None leaves the limit to the engine, and the least time is some.
+TEST(Timeouts, ReachTheEngineInMilliseconds) {
+  const FakeClock clock;
+  auto made = std::make_unique<TimedEngine>(std::make_unique<MemoryEngine>(clock, ""));
+  std::vector<std::int64_t>* limits = &made->limits;
+  tq_global_t* g = StartRuntime(nullptr, std::move(made));
+  ASSERT_EQ(tq_mom_client_connect_sync(g, 0), TQ_MOM_OK);
+  const Obj key("k");
+  int32_t field = 1;
+  const std::pair<timeval, std::int64_t> timeouts[] = {
+      {{0, 0}, 0}, {{0, 1}, 1}, {{0, 1000}, 1}, {{0, 1001}, 2}, {{2, 500000}, 2500}, {{-1, -1}, 0}, {{1, -1}, 1000}};
+  for (const auto& [timeout, limit] : timeouts) {
+    tq_mom_pexpire_sync(g, 0, key, 1, timeout);
+    tq_mom_pexpire_field_sync(g, 0, key, 1, 1, timeout);
+    tq_mom_pexpire_fields_sync(g, 0, key, 1, &field, 1, timeout);
+    EXPECT_EQ(*limits, std::vector<std::int64_t>(3, limit));
+    limits->clear();
+  }
+  EXPECT_EQ(tq_global_finish(g), TQ_MOM_OK);
+}
+
 // Brings messages by Poll, as a server does.
 class PollingEngine : public EngineWrapper {
  public:
@@ -219,6 +275,27 @@ class PollingEngine : public EngineWrapper {
   std::vector<Message> arriving;
   TimeLimit waited = {};
 };
+
+// Loses the answer to a pop.
+class LosingEngine : public EngineWrapper {
+ public:
+  using EngineWrapper::EngineWrapper;
+
+  Status ListPop(const Request& request, End end, std::optional<std::string>* value, std::int64_t* left) override {
+    if (Status status = inner().ListPop(request, end, value, left); !status.ok()) return status;
+    return {StatusCode::kOutcomeUnknown, "too late"};
+  }
+};
+
+TEST_F(KitTest, APopThatFailsGivesNoObject) {
+  ASSERT_EQ(tq_global_finish(g), TQ_MOM_OK);
+  g = StartRuntime(nullptr, std::make_unique<LosingEngine>(std::make_unique<MemoryEngine>(clock, "")));
+  ASSERT_EQ(tq_mom_client_connect_sync(g, 0), TQ_MOM_OK);
+  ASSERT_EQ(Push("l", "v"), 1);
+  int status;
+  EXPECT_EQ(tq_mom_lpop_sync(g, 0, Obj("l"), &status), nullptr);
+  EXPECT_EQ(status, TQ_MOM_ERR);
+}
 
 class Polling : public KitTest {
  protected:
@@ -307,6 +384,20 @@ TEST(SeenFieldsTest, WhatIsNotThereAnyMoreIsForgotten) {
   EXPECT_EQ(seen.Changed(1, "h", one).size(), 1U) << "another database";
   seen.Deliver(0, "h", {}, nullptr);
   EXPECT_EQ(seen.Changed(0, "h", pair).size(), 2U) << "the hash was gone meanwhile";
+}
+
+TEST(SeenFieldsTest, WhatIsForgottenTakesNoRoom) {
+  SeenFields seen(2);
+  const auto read = [&](const std::vector<Field>& fields, const std::vector<FieldTag>& asked) {
+    const std::span<const FieldTag> tags(asked);
+    const std::size_t changed = seen.Changed(0, "h", fields).size();
+    seen.Deliver(0, "h", fields, &tags);
+    return changed;
+  };
+  EXPECT_EQ(read({{1, "a"}, {2, "b"}}, {1, 2}), 2U);
+  EXPECT_EQ(read({}, {2}), 0U) << "it is gone";
+  EXPECT_EQ(read({{3, "c"}}, {3}), 1U);
+  EXPECT_EQ(read({{1, "a"}, {3, "c"}}, {1, 3}), 0U) << "there is room for both";
 }
 
 }  // namespace

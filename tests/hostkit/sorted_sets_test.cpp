@@ -139,6 +139,11 @@ TEST_F(SortedSets, NoMembersAreNothingToDo) {
   EXPECT_EQ(tq_mom_zadd_sync(g, 0, scores, nullptr, 1), TQ_MOM_INPUT_ERR);
   EXPECT_EQ(tq_mom_zrem_sync(g, 0, members, -1), TQ_MOM_INPUT_ERR);
   EXPECT_EQ(tq_mom_zrem_sync(g, 0, nullptr, 1), TQ_MOM_INPUT_ERR);
+  Restart("");
+  for (const int count : {-1, 0, 1}) {
+    EXPECT_EQ(tq_mom_zadd_sync(g, 0, nullptr, nullptr, count), TQ_MOM_NO_READY);
+    EXPECT_EQ(tq_mom_zrem_sync(g, 38, nullptr, count), TQ_MOM_NO_READY);
+  }
 }
 
 TEST_F(SortedSets, RangesByRank) {

@@ -2,6 +2,7 @@
 #include <errno.h>
 #include <lauxlib.h>
 #include <lua.h>
+#include <pthread.h>
 #include <stdlib.h>
 #include <time.h>
 #include <tq_kit/live.h>
@@ -28,6 +29,22 @@ static int Sleep(lua_State* L) {
   while (nanosleep(&left, &left) != 0 && errno == EINTR) {
   }
   return 0;
+}
+
+static void* Run(void* L) {
+  lua_pushboolean(L, lua_pcall(L, 0, 0, 0) == LUA_OK);
+  lua_insert(L, 1);
+  return NULL;
+}
+
+/* on_thread(function) -> whether it succeeded [, error]: runs the function on a native thread of its own. */
+static int OnThread(lua_State* L) {
+  pthread_t thread;
+  luaL_checktype(L, 1, LUA_TFUNCTION);
+  lua_settop(L, 1);
+  if (pthread_create(&thread, NULL, Run, L) != 0) return luaL_error(L, "no thread");
+  pthread_join(thread, NULL);
+  return lua_gettop(L);
 }
 
 typedef struct {
@@ -79,7 +96,8 @@ static int Unsubscribe(lua_State* L) {
 
 __attribute__((visibility("default"))) int luaopen_kit_probe(lua_State* L) {
   static const luaL_Reg kFunctions[] = {
-      {"live", Live}, {"sleep", Sleep}, {"subscribe", Subscribe}, {"unsubscribe", Unsubscribe}, {NULL, NULL}};
+      {"live", Live}, {"sleep", Sleep}, {"on_thread", OnThread}, {"subscribe", Subscribe}, {"unsubscribe", Unsubscribe},
+      {NULL, NULL}};
   luaL_newlib(L, kFunctions);
   return 1;
 }

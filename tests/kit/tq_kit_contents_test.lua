@@ -81,6 +81,8 @@ function TestContents:testLoadReplaces()
   luaunit.assertEquals(tq_kit.dump(g, db), {
     a = {kind = "list", elements = {"2"}}, b = {kind = "string", value = "stays"}, c = {kind = "string", value = "text"},
   })
+  tq_kit.load(g, db, {a = {elements = {"1", "2"}, remaining = 0}}) -- whose time is over with its last element
+  luaunit.assertNil(tq_kit.dump(g, db).a)
   tq_kit.load(g, db, {a = {elements = {}}}) -- without elements there is no key
   luaunit.assertNil(tq_kit.dump(g, db).a)
 end
@@ -93,6 +95,7 @@ function TestContents:testWrongTables()
   local wrong = {
     ["key: text of 1 to 511 bytes without NUL expected, got number"] = {[1] = "v"},
     ["key: text of 1 to 511 bytes without NUL expected, got string"] = {[""] = "v"},
+    ["key: text of 1 to 511 bytes without NUL expected"] = {[("k"):rep(512)] = "v"},
     ["k: string or table expected, got number"] = {k = 5},
     ["k: value, fields, elements, members or scores expected, got nil"] = {k = {}},
     ["k: one of value, fields, elements, members, scores expected"] = {k = {value = "v", elements = {"x"}}},
@@ -107,6 +110,7 @@ function TestContents:testWrongTables()
     ["k.members: list without holes and other keys expected, got string"] = {k = {members = {x = true}}},
     ["k.fields: field numbers from 0 to 4294967295 expected, got string"] = {k = {fields = {name = "x"}}},
     ["k.fields: field numbers from 0 to 4294967295 expected, got number"] = {k = {fields = {[-1] = "x"}}},
+    ["k.fields: field numbers from 0 to 4294967295 expected"] = {k = {fields = {[4294967296] = "x"}}},
     ["k.fields[3]: string expected, got table"] = {k = {fields = {[3] = {}}}},
     ["k.field_remaining: table expected, got number"] = {k = {fields = {[3] = "x"}, field_remaining = 5}},
     ["remaining time of k.fields[3]: whole milliseconds"] = {k = {fields = {[3] = "x"}, field_remaining = {[3] = 1.5}}},

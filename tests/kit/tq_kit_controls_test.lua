@@ -55,6 +55,25 @@ function TestControls:testWrongArguments()
   raises("bad argument #3 to 'tq_kit.inspect' (key without NUL expected)", tq_kit.inspect, g, db, "a\0b")
 end
 
+-- It is about the last call, whichever that was.
+function TestControls:testLastError()
+  local g = self.g
+  for _, succeed in ipairs {
+    function() tq_kit.read_only(g, db, false) end,
+    function() tq_kit.clear(g, db) end,
+    function() tq_kit.inspect(g, db, "k") end,
+    function() tq_kit.poll(g) end,
+    function() tq_kit.dump(g, db) end,
+    function() tq_kit.load(g, db, {k = "v"}) end,
+    function() tq_kit.subscribe(g, db, "*", print):cancel() end,
+  } do
+    number(kit.INPUT_ERR, tq.set(g, db, nil))
+    luaunit.assertStrContains(tq_kit.last_error(g), "value object")
+    succeed()
+    luaunit.assertNil(tq_kit.last_error(g))
+  end
+end
+
 function TestControls:testClock()
   luaunit.skipIf(kit.server, "a server's clock goes on")
   local g = self.g

@@ -47,6 +47,7 @@ end
 function TestShow:testObjects()
   local object = key("k", "v")
   luaunit.assertEquals(show(object), 'tq_obj {key = "k", value = "v"}')
+  luaunit.assertEquals(show({object, object}), "{" .. show(object) .. ", " .. show(object) .. "}") -- not a loop
   object.value, object[7], object[1] = nil, "seven", ""
   luaunit.assertEquals(show(object), 'tq_obj {key = "k", value = nil, [1] = "", [7] = "seven"}')
   object:__disown()

@@ -105,8 +105,14 @@ function TestSubscribe:testErrors()
     tq_kit.subscribe(g, db, "*", function() error({}) end)
     tq_kit.subscribe(g, db, "*", function(_, _, text) print("third got " .. text) end)
     print("published to " .. kit.tq.publish(g, db, kit.key("k", "v")))
+    tq_kit.subscribe(g, db, "big", function(_, _, text) error(text .. "!") end)
+    local before = collectgarbage("count")
+    for _ = 1, 10 do kit.tq.publish(g, db, kit.key("big", ("x"):rep(100000))) end
+    collectgarbage()
+    print("more: " .. (collectgarbage("count") - before > 100 and "much" or "little"))
     kit.tq.tq_global_finish(g)
   ]])
+  luaunit.assertStrContains(text, "more: little") -- no error stays
   luaunit.assertStrContains(text, "third got v")
   luaunit.assertStrContains(text, "published to 3.0")
   luaunit.assertStrMatches(text, ".*tq_kit: error in a subscriber: [^\n]*:4: fan stalled\nstack traceback:.*in upvalue 'deep'.*")
@@ -150,6 +156,22 @@ function TestSubscribe:testWhatEndedIsDropped()
   luaunit.assertNil(held[1])
 end
 
+-- Nor do those that were cancelled, or could not be made.
+function TestSubscribe:testWhatIsNotInForceIsDropped()
+  local unconnected = tq.tq_global_init(kit.fresh_store(), nil)
+  local held = setmetatable({}, {__mode = "v"})
+  for i, g in ipairs {self.g, unconnected} do
+    held[i] = function() return held end
+    local ok, subscription = pcall(tq_kit.subscribe, g, db, "*", held[i])
+    luaunit.assertEquals(ok, g == self.g)
+    if ok then luaunit.assertTrue(subscription:cancel()) end
+  end
+  collectgarbage()
+  collectgarbage()
+  luaunit.assertEquals(held, {})
+  number(0, tq.tq_global_finish(unconnected))
+end
+
 -- The interpreter may end with subscriptions in force.
 function TestSubscribe:testClosingTheInterpreter()
   local text = kit.run_chunk([[
@@ -175,6 +197,26 @@ function TestSubscribe:testPoll()
   luaunit.assertEquals(tq_kit.poll(g, 0), 0)
   luaunit.assertEquals(tq_kit.poll(g, nil), 0)
   luaunit.assertEquals(count, 1)
+end
+
+-- As long as it takes.
+function TestSubscribe:testPollWaits()
+  luaunit.skipIf(not kit.server, "in the process nothing arrives by itself")
+  local name, script = kit.fresh_store(), os.tmpname()
+  local g = kit.connect(name)
+  tq_kit.subscribe(g, db, "*", function() end)
+  kit.write_file(script, string.format([[
+    local kit = require "kit"
+    local g = kit.connect(%q)
+    kit.probe.sleep(200)
+    kit.tq.publish(g, kit.db, kit.key("k", "late"))
+    kit.tq.tq_global_finish(g)
+  ]], name))
+  local publisher = io.popen(os.getenv("TQ_LUA") .. " " .. script)
+  luaunit.assertEquals(tq_kit.poll(g, math.huge), 1)
+  luaunit.assertTrue(publisher:close())
+  os.remove(script)
+  number(0, tq.tq_global_finish(g))
 end
 
 function TestSubscribe:testWrongArguments()

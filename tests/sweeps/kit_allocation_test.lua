@@ -14,6 +14,7 @@ local tq_obj = require "tq_obj"
 local probe = require "kit_probe"
 
 local kMost = 1000 -- allocations of one call
+local kNumber = 1 -- each whole number that a command takes, the database too
 local kLong = string.rep("x", 100) -- beyond what a string holds in itself
 local kKeys = {"absent", "hash", "list", "set", "text", "zset"}
 local release_of = {}
@@ -32,14 +33,14 @@ end
 local function connect()
   g = assert(tq.tq_global_init(nil, nil))
   tq.client_connect(g, 0)
-  tq.set(g, 0, key "text")
-  tq.set(g, 0, tq_obj.new("number" .. kLong, "12"))
-  tq.hmset(g, 0, key "hash", {1})
-  tq.rpush(g, 0, key("list", "a"))
-  tq.rpush(g, 0, key("list", "b"))
-  tq.sadd(g, 0, key("set", "a"))
-  tq.zadd(g, 0, {1, 2}, {key("zset", "a"), key("zset", "b")})
-  probe.subscribe(g, 0, "*", tq.tq_mom_pubsub_msg_t(), function() end)
+  tq.set(g, kNumber, key "text")
+  tq.set(g, kNumber, tq_obj.new("number" .. kLong, "12"))
+  tq.hmset(g, kNumber, key "hash", {1})
+  tq.rpush(g, kNumber, key("list", "a"))
+  tq.rpush(g, kNumber, key("list", "b"))
+  tq.sadd(g, kNumber, key("set", "a"))
+  tq.zadd(g, kNumber, {1, 2}, {key("zset", "a"), key("zset", "b")})
+  probe.subscribe(g, kNumber, "*", tq.tq_mom_pubsub_msg_t(), function() end)
 end
 
 -- All that is in the store, as text.
@@ -47,11 +48,11 @@ local function contents()
   local found = {}
   local function note(...) found[#found + 1] = table.concat({...}, " ") end
   for _, name in ipairs {"text", "number"} do
-    local object = tq.get(g, 0, key(name))
+    local object = tq.get(g, kNumber, key(name))
     note(name, object and object.value or "nothing")
     tq.tq_obj_free(object)
   end
-  local hash = tq.hgetall(g, 0, key "hash")
+  local hash = tq.hgetall(g, kNumber, key "hash")
   for tag, bytes in pairs(hash.value:fields()) do note("hash", tag, bytes) end
   tq.hash_res_free(hash)
   for _, row in ipairs {
@@ -59,18 +60,18 @@ local function contents()
     {"set", tq.smembers, tq.smembers_res_free, "value_array"},
     {"zset", tq.zrange, tq.zrange_res_free, "value", 0, -1},
   } do
-    local result = row[2](g, 0, key(row[1]), table.unpack(row, 5))
+    local result = row[2](g, kNumber, key(row[1]), table.unpack(row, 5))
     for _, element in ipairs(result[row[4]]) do note(row[1], tq_obj.from(element).value) end
     row[3](result)
   end
-  for _, name in ipairs(kKeys) do note(name, string.format("%g", tq.exists(g, 0, key(name)))) end
+  for _, name in ipairs(kKeys) do note(name, string.format("%g", tq.exists(g, kNumber, key(name)))) end
   return table.concat(found, "\n")
 end
 
 local arguments = {
-  int = function() return 1 end,
-  unsigned = function() return 1 end,
-  size_t = function() return 1 end,
+  int = function() return kNumber end,
+  unsigned = function() return kNumber end,
+  size_t = function() return kNumber end,
   double = function() return 0 end,
   timeout = function() return 1 end,
   fields = function() return {1, 2} end,

@@ -91,8 +91,9 @@ function TestEnvironment:test_words_that_mean_nothing()
 end
 
 function TestEnvironment:test_words_with_wrong_numbers()
-  local _, text = stage.run("TQ_WATCH=leaks:x,guard:0", "")
+  local _, text = stage.run("TQ_WATCH=leaks:x,leaks:256,guard:0", "")
   luaunit.assertEquals(text, "libtq_mom_watch: TQ_WATCH: leaks: number from 0 to 255 expected, got 'x'\n" ..
+    "libtq_mom_watch: TQ_WATCH: leaks: number from 0 to 255 expected, got '256'\n" ..
     "libtq_mom_watch: TQ_WATCH: guard: number from 1 to 1000000 expected, got '0'\n")
 end
 

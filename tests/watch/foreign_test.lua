@@ -31,6 +31,14 @@ print(watch.summary().lrange, #watch.live())
     "tq_mom_lrange_res_t{value_array={tq_obj(address), tq_obj(address)}}\nnil\t2\n")
 end
 
+-- This library's runtime is always the same one.
+function TestForeign:test_a_runtime_that_is_begun_again()
+  luaunit.assertEquals((run [[
+tq.tq_global_init(nil, nil)
+print(#watch.live(), tq.tq_global_finish(g), #watch.live())
+]]), "1\t0.0\t0\n")
+end
+
 -- The record that a fault makes never reaches the library, and what the library made does.
 function TestForeign:test_faults()
   luaunit.assertEquals(run [[

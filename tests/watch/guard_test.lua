@@ -91,6 +91,17 @@ function TestGuard:test_a_popped_object_is_used()
   stops("tq_obj", "tq_obj_free", {1, "lpop"}, {2}, popped .. "tq.tq_obj_free(object)")
 end
 
+-- One is remembered: of the other the client library can tell only that it is none of its objects.
+function TestGuard:test_how_many_are_remembered()
+  stops("tq_obj", "lpush", {3, "lpop"}, {4}, [[
+tq.rpush(g, db, key("jobs", "b"))
+local forgotten = tq.lpop(g, db, key("jobs"))
+local object = tq.lpop(g, db, key("jobs"))
+tq.tq_obj_free(forgotten) tq.tq_obj_free(object)
+assert(tq.lpush(g, db, forgotten) == -2)
+tq.lpush(g, db, object)]], "guard:1")
+end
+
 function TestGuard:test_a_runtime_is_used()
   stops("tq_global_t", "exists", {1, "tq_global_init"}, {2}, [[
 local h = tq.tq_global_init(nil, nil)

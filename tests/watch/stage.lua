@@ -13,7 +13,7 @@ local tq = require "tq_mom_sync"
 local tq_obj = require "tq_obj"
 local watch = require "tq_watch"
 
-local stage = {tq = tq, watch = watch, key = tq_obj.new, db = 4}
+local stage = {tq = tq, watch = watch, probe = require "kit_probe", key = tq_obj.new, db = 4}
 
 function stage.connect()
   local g = tq.tq_global_init(nil, nil)
@@ -21,7 +21,8 @@ function stage.connect()
   return g
 end
 
--- A test class whose tests each have a connected runtime, self.g, watch from the start and leave nothing behind.
+-- A test class whose tests each have a connected runtime, self.g, watch from the start and leave nothing behind, in the
+-- client library neither.
 function stage.suite()
   local suite = {}
   function suite:setUp()
@@ -33,6 +34,8 @@ function stage.suite()
     watch.reset()
     luaunit.assertEquals(tq.tq_global_finish(self.g), 0)
     watch.assert_released()
+    for _ = 1, 2 do collectgarbage() end
+    luaunit.assertEquals({stage.probe.live()}, {0, 0})
   end
   return suite
 end

@@ -167,17 +167,29 @@ end
 function TestTrace:test_a_scan_that_an_error_ends()
   tq.set(self.g, db, key("a", "1"))
   local texts = lines(function()
-    for _ = 1, 2 do
-      luaunit.assertFalse(pcall(tq.scan, self.g, db, key("*"), 0, function() error("out") end, nil))
+    for count = 1, 2 do
+      luaunit.assertFalse(pcall(tq.scan, self.g, db, key("*"), count, function() error("out") end, nil))
     end
     tq.exists(self.g, db, key("a"))
   end)
   luaunit.assertEquals(texts, {
-    'scan(g, 4, "*", 0, function) = left by an error',
-    'scan(g, 4, "*", 0, function) = left by an error',
+    'scan(g, 4, "*", 1, function) = left by an error',
+    'scan(g, 4, "*", 2, function) = left by an error',
     'exists(g, 4, "a") = 1',
   })
   luaunit.assertEquals(watch.summary().scan.failures, 2)
+end
+
+function TestTrace:test_a_scan_that_an_error_ends_inside_another()
+  tq.set(self.g, db, key("a", "1"))
+  luaunit.assertEquals(lines(function()
+    tq.scan(self.g, db, key("*"), 0, function(g)
+      luaunit.assertFalse(pcall(tq.scan, g, db, key("*"), 5, function() error("out") end, nil))
+    end, nil)
+  end), {
+    'scan(g, 4, "*", 5, function) = left by an error',
+    'scan(g, 4, "*", 0, function) = 1',
+  })
 end
 
 -- The function may use the module; what it does is not told of.
@@ -191,6 +203,31 @@ function TestTrace:test_calls_of_the_function()
   luaunit.assertEquals(count, 1)
   watch.trace()
   luaunit.assertNil(watch.summary().llen)
+end
+
+function TestTrace:test_errors_of_the_function()
+  local _, text = stage.run("", [[
+local tq, watch = require "tq_mom_sync", require "tq_watch"
+local count = 0
+local function deep() count = count + 1 error("told " .. count) end
+watch.trace(function() deep() end)
+for _ = 1, 2 do print(tq.tq_global_finish(nil)) end
+]])
+  local expected = ""
+  for count = 1, 2 do
+    expected = expected .. "tq_watch%.trace: " .. stage.line(3) .. ": told " .. count ..
+      "\nstack traceback:\n[^\n]*\n[^\n]*in upvalue 'deep'.*"
+  end
+  luaunit.assertStrMatches(text, ".*" .. expected)
+end
+
+-- Only one thread is watched.
+function TestTrace:test_another_thread()
+  local status
+  luaunit.assertEquals(traced(function()
+    assert(stage.probe.on_thread(function() status = tq.set(self.g, db, key("a", "1")) end))
+  end), {})
+  luaunit.assertEquals(status, 0)
 end
 
 function TestTrace:test_file()
@@ -213,11 +250,24 @@ function TestTrace:test_file()
   stage.raises("/none/file: No such file or directory", watch.trace, "/none/file")
 end
 
+function TestTrace:test_files_are_closed()
+  local name = os.tmpname()
+  local _, text = stage.run("ulimit -n 200;", string.format("local name = %q", name) .. [[
+
+local watch = require "tq_watch"
+for _ = 1, 200 do watch.trace(name) end
+]])
+  os.remove(name)
+  luaunit.assertEquals(text, "")
+end
+
 function TestTrace:test_summary()
   tq.exists(self.g, db, nil)
   tq.exists(self.g, db, key("a"))
   tq.lpop(self.g, db, key("none"))
   tq.lpop(self.g, db, nil)
+  for _ = 1, 2 do tq.rpush(self.g, db, key("jobs", "a")) end
+  tq.tq_obj_free((tq.lpop(self.g, db, key("jobs"))))
   local summary = watch.summary()
   local names = {}
   for name, counts in pairs(summary) do
@@ -225,9 +275,9 @@ function TestTrace:test_summary()
     luaunit.assertEquals(math.type(counts.microseconds), "integer")
   end
   table.sort(names)
-  luaunit.assertEquals(names, {"exists", "lpop"})
+  luaunit.assertEquals(names, {"exists", "lpop", "rpush", "tq_obj_free"})
   luaunit.assertEquals({summary.exists.calls, summary.exists.failures}, {2, 1})
-  luaunit.assertEquals({summary.lpop.calls, summary.lpop.failures}, {2, 1})
+  luaunit.assertEquals({summary.lpop.calls, summary.lpop.failures}, {3, 1})
   watch.reset()
   luaunit.assertEquals(watch.summary(), {})
 end
