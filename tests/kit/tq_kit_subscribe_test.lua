@@ -107,7 +107,7 @@ function TestSubscribe:testErrors()
     print("published to " .. kit.tq.publish(g, db, kit.key("k", "v")))
     tq_kit.subscribe(g, db, "big", function(_, _, text) error(text .. "!") end)
     local before = collectgarbage("count")
-    for _ = 1, 10 do kit.tq.publish(g, db, kit.key("big", ("x"):rep(100000))) end
+    for _ = 1, 10 do kit.tq.publish(g, db, kit.key("big", ("x"):rep(20000))) end
     collectgarbage()
     print("more: " .. (collectgarbage("count") - before > 100 and "much" or "little"))
     kit.tq.tq_global_finish(g)

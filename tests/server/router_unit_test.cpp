@@ -107,16 +107,6 @@ TEST_F(RouterTest, ACommandForOneNodeIsNotSentToAnother) {
   EXPECT_EQ(nodes.log(), (Log{"2 DBSIZE"}));
 }
 
-TEST_F(RouterTest, ANodeThatRedirectsWhatIsForItAloneIsAskedOnce) {
-  Connect(true);
-  nodes.At(2, {{Delivery::kAnswered, "-MOVED 12182 127.0.0.1:3\r\n"}});
-  ServerCommand command(Effect::kReads, "GET");
-  command.AddKey("{foo}", 0, "key");
-  EXPECT_EQ(router.RunOn({"127.0.0.1", 2}, &command, CallEnd(milliseconds(1000)), &reply).code(),
-            StatusCode::kUnavailable);
-  EXPECT_EQ(nodes.log(), (Log{"2 GET"}));
-}
-
 TEST_F(RouterTest, ASingleServerThatRedirectsIsANodeOfACluster) {
   Connect(false);
   nodes.At(1, {{Delivery::kAnswered, "-MOVED 12182 127.0.0.1:3\r\n"}});

@@ -212,6 +212,11 @@ local count = 0
 local function deep() count = count + 1 error("told " .. count) end
 watch.trace(function() deep() end)
 for _ = 1, 2 do print(tq.tq_global_finish(nil)) end
+watch.trace(function() error(("x"):rep(20000)) end)
+local before = collectgarbage("count")
+for _ = 1, 10 do tq.tq_global_finish(nil) end
+collectgarbage()
+print("more: " .. (collectgarbage("count") - before > 100 and "much" or "little"))
 ]])
   local expected = ""
   for count = 1, 2 do
@@ -219,6 +224,17 @@ for _ = 1, 2 do print(tq.tq_global_finish(nil)) end
       "\nstack traceback:\n[^\n]*\n[^\n]*in upvalue 'deep'.*"
   end
   luaunit.assertStrMatches(text, ".*" .. expected)
+  luaunit.assertStrContains(text, "more: little") -- no error stays
+end
+
+-- The last one that opened the module is in control, also when what an earlier one left is collected.
+function TestTrace:test_opened_again()
+  package.loaded.tq_watch = nil
+  require "tq_watch"
+  for _ = 1, 2 do collectgarbage() end
+  local where
+  local calls = traced(function() where = stage.here() tq.exists(self.g, db, key("a")) end)
+  luaunit.assertEquals(calls[1].where, where)
 end
 
 -- Only one thread is watched.
