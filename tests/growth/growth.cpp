@@ -75,7 +75,7 @@ class Fixture {
   std::size_t size() const { return size_; }
   // An element that is there, another one for each repetition; and one that is not.
   std::size_t Present(int repetition) const {
-    return (static_cast<std::size_t>(repetition) * 2 + 1) * size_ / (2 * kRepetitions);
+    return (static_cast<std::size_t>(repetition) * 2 + 1) * size_ / (std::size_t{2} * kRepetitions);
   }
   std::size_t Absent(int repetition) const { return size_ + static_cast<std::size_t>(repetition); }
 
@@ -278,6 +278,7 @@ int main(int count, char** arguments) {
     const Fixture fixture(std::strtoull(arguments[index], nullptr, 10));
     for (const Row& row : Rows()) {
       std::vector<std::unique_ptr<Object>> objects;
+      objects.reserve(static_cast<std::size_t>(row.repetitions));
       for (int repetition = 0; repetition < row.repetitions; ++repetition) {
         objects.push_back(row.arguments(fixture, repetition));
       }

@@ -14,7 +14,7 @@ class Lists : public KitTest {
 
   // The popped value and the out-value.
   std::pair<std::string, int> Popped(tq_obj* object, const int& out) {
-    const std::pair<std::string, int> seen(ValueOf(object), out);
+    std::pair<std::string, int> seen(ValueOf(object), out);
     EXPECT_EQ(tq_mom_tq_obj_free(object), TQ_MOM_OK);
     return seen;
   }

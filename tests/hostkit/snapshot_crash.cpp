@@ -35,13 +35,14 @@ int VersionOf(const Store& store) {
   int keys = 0;
   for (int db = 0; db < hostkit::kDatabaseCount; ++db) {
     for (const hostkit::Named* key : store.Names(db)) {
-      const auto& value = std::get<hostkit::String>(key->second.value);
-      if (version.empty()) version = value;
-      if (value != version) return -1;
+      const auto* value = std::get_if<hostkit::String>(&key->second.value);
+      if (value == nullptr) return -1;
+      if (version.empty()) version = *value;
+      if (*value != version) return -1;
       ++keys;
     }
   }
-  return keys == kKeys ? std::stoi(version) : -1;
+  return keys == kKeys ? std::atoi(version.c_str()) : -1;
 }
 
 [[noreturn]] void SaveForEver(const std::string& path, int version, int acknowledge) {

@@ -155,7 +155,7 @@ TEST_F(Snapshots, CutAtAnyLengthAreRefused) {
   ASSERT_GT(whole.size(), 200U);
   for (std::size_t length = 0; length < whole.size(); ++length) {
     Store store;
-    const Status status = DecodeSnapshot(std::string_view(whole).substr(0, length), clock, &store);
+    const Status status = DecodeSnapshot(std::string_view{whole}.substr(0, length), clock, &store);
     ASSERT_EQ(status.text(), "it is cut short") << length;
     ASSERT_TRUE(IsEmpty(store));
   }

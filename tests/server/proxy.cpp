@@ -65,7 +65,7 @@ bool Proxy::FromServer(const Pair& pair) {
   if (fault->swallow) return true;
   if (fault->replacement) return SendAll(pair.client, *fault->replacement);
   if (fault->cut_after) {
-    SendAll(pair.client, std::string_view(bytes).substr(0, *fault->cut_after));
+    SendAll(pair.client, std::string_view{bytes}.substr(0, *fault->cut_after));
     return false;
   }
   for (const char byte : bytes) {

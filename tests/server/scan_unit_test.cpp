@@ -49,6 +49,7 @@ class ScanTest : public ::testing::Test {
     const Status status = Scan(Bring::kNames, remembered);
     EXPECT_TRUE(status.ok()) << status.text();
     std::vector<std::string> names;
+    names.reserve(elements.size());
     for (const Element& element : elements) names.push_back(element.name);
     return names;
   }

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "binding/handles.h"
@@ -272,7 +274,7 @@ TEST_F(Arrays, ScoresMayBeStrings) {
   lua_getglobal(L, "t");
   ASSERT_EQ(Build(kScores), nullptr);
   const double stored[] = {1, 2, 16, 1e308, -HUGE_VAL, -1.5, 9223372036854775807.0};
-  EXPECT_EQ(std::memcmp(elements, stored, sizeof(stored)), 0);
+  EXPECT_TRUE(std::equal(std::begin(stored), std::end(stored), static_cast<const double*>(elements)));
   std::free(elements);
   for (const char* chunk : {"t = {true}", "t = {1, ''}", "t = {1, nil, 3}", "t = {1, {}}", "t = {1, print}"}) {
     ASSERT_EQ(L.Run(chunk), "");
