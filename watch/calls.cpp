@@ -174,6 +174,13 @@ bool ReleaseOwn(const Function& function, const Value* arguments, const Position
   return true;
 }
 
+// Takes note of what the call has released.
+void NoteRelease(const Function& function, void* released, const Position& position, const Value& result) {
+  if (function.role != Role::kRelease || result.integer < 0 || released == nullptr) return;
+  if (Is(Switch::kGuard) && function.parameters[0] == Kind::kRuntime) GuardRuntime(released, position);
+  RemoveOwned(released);
+}
+
 [[noreturn]] void DieWithout(const Function& function) {
   Print("%s was called, which the client library has not", function.client_name);
   std::abort();
@@ -222,15 +229,16 @@ void Watch(Row row, Value* arguments, Value* result, Invoke invoke, const void* 
   Frame* frame = Enter(function, arguments, __builtin_frame_address(0));
   if (frame == nullptr) {
     Print("no memory to watch %s", function.name);
+    void* const argument = arguments[0].pointer;
     if (!ReleaseOwn(function, arguments, {}, result)) invoke(client, arguments, result);
-    return;
+    return NoteRelease(function, argument, {}, *result);
   }
   Call& call = frame->call;
 
   FaultPlan plan = {};
   if (!telling) call.faulted = FaultFor(call, &plan);
   bool releases = function.role == Role::kRelease;
-  void* const released = releases ? arguments[0].pointer : nullptr;
+  void* const argument = arguments[0].pointer;
   ScanGuard scan;
   if (guards) GuardCallback(call, arguments, &scan);
   std::int64_t start = tq_watch_now();
@@ -239,10 +247,7 @@ void Watch(Row row, Value* arguments, Value* result, Invoke invoke, const void* 
   bool calls = (!plan.fails || plan.after_call || releases) && !ReleaseOwn(function, arguments, call.position, result);
   if (calls) invoke(client, arguments, result);
   if (plan.delay > 0 && plan.after_call) Sleep(plan.delay);
-  if (releases && result->integer >= 0 && released != nullptr) {
-    if (guards && function.parameters[0] == Kind::kRuntime) GuardRuntime(released, call.position);
-    RemoveOwned(released);
-  }
+  NoteRelease(function, argument, call.position, *result);
   if (plan.fails) Fail(plan, function, arguments, result);
 
   if (!releases && function.owned != nullptr && result->pointer != nullptr) {

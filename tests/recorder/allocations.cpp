@@ -70,6 +70,11 @@ void* WatchedRealloc(void* block, size_t size) {
   return Remember(std::realloc(block, size), Owner::kWatched);
 }
 
+char* WatchedStrdup(const char* text) {
+  auto* copy = static_cast<char*>(WatchedMalloc(std::strlen(text) + 1));
+  return copy != nullptr ? std::strcpy(copy, text) : nullptr;
+}
+
 // A stray block is counted and left alone: it may not come from the heap at all.
 void WatchedFree(void* block) {
   if (block == nullptr) return;
@@ -84,6 +89,7 @@ uintptr_t Replacement(std::string_view name) {
   if (name == "malloc") return reinterpret_cast<uintptr_t>(&WatchedMalloc);
   if (name == "calloc") return reinterpret_cast<uintptr_t>(&WatchedCalloc);
   if (name == "realloc") return reinterpret_cast<uintptr_t>(&WatchedRealloc);
+  if (name == "strdup") return reinterpret_cast<uintptr_t>(&WatchedStrdup);
   if (name == "free") return reinterpret_cast<uintptr_t>(&WatchedFree);
   return 0;
 }

@@ -8,7 +8,7 @@
 
 namespace recorder {
 
-// Redirects the imports of malloc, calloc, realloc and free of the loaded object with this file name. Only that object
+// Redirects the imports of malloc, calloc, realloc, strdup and free of the loaded object with this file name. Only that object
 // is affected, whatever allocator (a sanitizer's, valgrind's) stands behind. Returns the number of imports redirected.
 int WatchAllocations(const std::string& file_name);
 
