@@ -56,7 +56,7 @@ function TestControls:testWrongArguments()
 end
 
 -- It is about the last call, whichever that was.
-function TestControls:testLastError()
+function TestControls:testLastErrorAfterASuccess()
   local g = self.g
   for _, succeed in ipairs {
     function() tq_kit.read_only(g, db, false) end,
