@@ -119,7 +119,7 @@ TEST_F(ConnectionTest, AServerThatTakesNoCommands) {
        {std::pair(Commands{&set}, Delivery::kNotSent), std::pair(Commands{&ping, &set}, Delivery::kUnanswered)}) {
     ASSERT_EQ(connection.Open(CallEnd(milliseconds(2000)), &why), Delivery::kAnswered);
     setitimer(ITIMER_REAL, &often, nullptr);
-    EXPECT_EQ(connection.Exchange(commands, CallEnd(milliseconds(200)), &replies, &why), delivery);
+    EXPECT_EQ(connection.Exchange(commands, CallEnd(milliseconds(1000)), &replies, &why), delivery);
     setitimer(ITIMER_REAL, &never, nullptr);
     EXPECT_NE(why.find("takes no commands"), std::string::npos) << why;
   }
