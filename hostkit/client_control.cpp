@@ -169,8 +169,7 @@ Status StoreElement(Engine* engine, const Request& request, const tq_kit_element
   bool flag = false;
   Status status;
   switch (static_cast<Kind>(element.kind)) {
-    case Kind::kNone:
-      return {hostkit::StatusCode::kWrongKind, "there is no such kind of value"};
+    case Kind::kNone:  // has been refused
     case Kind::kString:
       status = engine->Set(request, bytes, std::nullopt);
       break;

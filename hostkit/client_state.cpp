@@ -125,11 +125,8 @@ void tq_mom_client_s::Enter(std::unique_ptr<hostkit::CallbackFrame> frame, const
 }
 
 void tq_mom_client_s::Leave(const hostkit::CallbackFrame* frame) {
-  while (!frames.empty()) {
-    const bool found = frames.back().get() == frame;
-    frames.pop_back();
-    if (found) return;
-  }
+  while (frames.back().get() != frame) frames.pop_back();
+  frames.pop_back();
 }
 
 int tq_mom_client_s::Finish(hostkit::Status status) noexcept {

@@ -7,18 +7,19 @@ namespace {
 
 unsigned char At(std::string_view text, std::size_t index) { return static_cast<unsigned char>(text[index]); }
 
+// The set has a member at least, and something behind each backslash: GlobSetLength sees to it.
 bool SetMatches(std::string_view set, unsigned char byte) {
   set = set.substr(1, set.size() - 2);
-  const bool negated = !set.empty() && set.front() == '^';
+  const bool negated = set.front() == '^';
   if (negated) set.remove_prefix(1);
   bool found = false;
   for (std::size_t index = 0; index < set.size(); ++index) {
-    if (set[index] == '\\' && index + 1 < set.size()) ++index;
+    if (set[index] == '\\') ++index;
     const unsigned char low = At(set, index);
     unsigned char high = low;
     if (index + 2 < set.size() && set[index + 1] == '-') {
       index += 2;
-      if (set[index] == '\\' && index + 1 < set.size()) ++index;
+      if (set[index] == '\\') ++index;
       high = At(set, index);
     }
     found = found || (low <= byte && byte <= high) || (high <= byte && byte <= low);

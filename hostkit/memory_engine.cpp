@@ -88,7 +88,7 @@ Status MemoryEngine::Load() {
 
 bool MemoryEngine::DropExpired(int db, Named* key, std::int64_t now) noexcept {
   Entry& entry = key->second;
-  if (!entry.queued || *entry.queued > now) return false;
+  if (*entry.queued > now) return false;
   if (entry.deadline && *entry.deadline <= now) return true;
   auto& hash = std::get<Hash>(entry.value);
   while (!hash.expiring.empty() && hash.expiring.begin()->first <= now) {
@@ -521,7 +521,7 @@ Status MemoryEngine::SortedAdd(const Request& request, std::span<const ScoredVie
     // The ranking points at what is wanted, whose names stay where they are.
     fresh.scores.merge(wanted);
     *added = Count(fresh.scores.size());
-    if (!fresh.empty()) Create(request, std::move(fresh));
+    Create(request, std::move(fresh));
     return {};
   }
   for (const auto& [score, member] : placed) {

@@ -92,7 +92,7 @@ Delivery Connection::Open(const CallEnd& end, std::string* why) {
 
 bool Connection::HasInput() const {
   char byte;
-  return recv(context_->fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) != -1 || (errno != EAGAIN && errno != EWOULDBLOCK);
+  return recv(context_->fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) != -1 || errno != EAGAIN;
 }
 
 bool Connection::ArmTimeout(const CallEnd& end) {
@@ -131,7 +131,7 @@ Delivery Connection::Send(std::span<const ServerCommand* const> commands, const 
     if (count > 0) {
       sent += static_cast<std::size_t>(count);
     } else if (!in_time || errno != EINTR) {
-      const bool late = !in_time || errno == EAGAIN || errno == EWOULDBLOCK;
+      const bool late = !in_time || errno == EAGAIN;
       *why = Reason(late ? "it takes no commands" : std::strerror(errno));
       return sent < first_size ? Delivery::kNotSent : Delivery::kUnanswered;
     }
@@ -150,7 +150,7 @@ bool Connection::Receive(const CallEnd& end, ReplyPtr* reply, std::string* why) 
     if (!ArmTimeout(end)) return true;
     errno = 0;
     if (redisBufferRead(context_.get()) != REDIS_OK) {
-      if (context_->err == REDIS_ERR_IO && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      if (context_->err == REDIS_ERR_IO && errno == EAGAIN) {
         // hiredis takes the end of the wait for an error, after which it reads no more.
         context_->err = 0;
         return true;

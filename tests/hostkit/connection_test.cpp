@@ -47,6 +47,10 @@ TEST(Connection, RuntimesHaveStoresOfTheirOwn) {
   EXPECT_EQ(tq_global_finish(second), TQ_MOM_OK);
 }
 
+TEST(Connection, ANameOfAServerThatIsNoneStartsNothing) {
+  for (const char* name : {"redis://", "redis+unix://"}) EXPECT_EQ(tq_global_init(name, nullptr), nullptr) << name;
+}
+
 class Runtime : public KitTest {};
 
 TEST_F(Runtime, TheMasterCanBeInspected) {

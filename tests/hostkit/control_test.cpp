@@ -163,6 +163,10 @@ TEST_F(Control, StoreRefusesWhatIsNoElement) {
   ASSERT_EQ(tq_kit_read_only(g, 0, 0), TQ_MOM_OK);
   EXPECT_EQ(tq_kit_store(g, 0, &element), TQ_MOM_OK);
   EXPECT_EQ(Get("k"), "v");
+  element.bytes = nullptr;
+  element.length = 0;
+  EXPECT_EQ(tq_kit_store(g, 0, &element), TQ_MOM_OK);
+  EXPECT_EQ(Get("k"), "");
   element.remaining = 0;
   EXPECT_EQ(tq_kit_store(g, 0, &element), TQ_MOM_OK);
   EXPECT_EQ(Get("k"), std::nullopt) << "no time remains";

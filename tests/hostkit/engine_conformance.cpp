@@ -149,7 +149,7 @@ TEST_P(EngineConformance, StringsAreBytes) {
   const std::string bytes("a\0\r\n\xff ", 6);
   EXPECT_TRUE(Succeeds(engine->Set(Key("k"), bytes, std::nullopt)));
   EXPECT_EQ(Text("k"), bytes);
-  EXPECT_TRUE(Succeeds(engine->Set(Key("k"), "", std::nullopt)));
+  EXPECT_TRUE(Succeeds(engine->Set(Key("k"), std::string_view(), std::nullopt)));
   EXPECT_EQ(Text("k"), "");
   const std::string large(1 << 20, 'x');
   EXPECT_TRUE(Succeeds(engine->Set(Key("k"), large, std::nullopt)));

@@ -1,29 +1,85 @@
 // The client functions over engines that fail, and over one that brings messages.
 #include <tq_kit/control.h>
 
+#include <algorithm>
 #include <deque>
 #include <exception>
 #include <functional>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "all_commands.h"
+#include "allocation_failures.h"
 #include "hostkit/engine_wrapper.h"
 #include "kit_fixture.h"
 
 namespace hostkit {
 namespace {
 
-// Fails each call by a status or by an exception while it is told to.
-class FaultyEngine : public EngineWrapper {
+// The elements of a batch, which the caller's writes make stale.
+class BatchCursor : public Cursor {
  public:
-  explicit FaultyEngine(std::unique_ptr<Engine> inner) : EngineWrapper(std::move(inner)) {}
+  explicit BatchCursor(std::unique_ptr<Cursor> inner) : inner_(std::move(inner)) {}
+
+  Status Next(std::size_t most, std::vector<Element>* batch) override {
+    while (batch->size() < most) {
+      const std::size_t before = batch->size();
+      if (Status status = inner_->Next(most - before, batch); !status.ok()) return status;
+      if (batch->size() == before) break;
+    }
+    return {};
+  }
+
+ private:
+  const std::unique_ptr<Cursor> inner_;
+};
+
+class BatchEngine : public EngineWrapper {
+ public:
+  using EngineWrapper::EngineWrapper;
+
+  Status Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) override {
+    std::unique_ptr<Cursor> one;
+    Status status = inner().Scan(pattern, bring, &one);
+    *cursor = std::make_unique<BatchCursor>(std::move(one));
+    return status;
+  }
+};
+
+// Fails each call, of a scan's cursor, too, by a status or by an exception while it is told to.
+class FaultyEngine : public BatchEngine {
+ public:
+  using BatchEngine::BatchEngine;
+
+  Status Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) override {
+    if (Status status = Before("Scan"); !status.ok()) return status;
+    std::unique_ptr<Cursor> whole;
+    Status status = BatchEngine::Scan(pattern, bring, &whole);
+    *cursor = std::make_unique<FaultyCursor>(this, std::move(whole));
+    return status;
+  }
 
   std::function<Status()> fault;
   std::string only;  // the method that fails; all for an empty name
 
  protected:
   Status Before(const char* method) override { return fault && (only.empty() || only == method) ? fault() : Status(); }
+
+ private:
+  class FaultyCursor : public Cursor {
+   public:
+    FaultyCursor(FaultyEngine* engine, std::unique_ptr<Cursor> inner) : engine_(engine), inner_(std::move(inner)) {}
+
+    Status Next(std::size_t most, std::vector<Element>* batch) override {
+      if (Status status = engine_->Before("Next"); !status.ok()) return status;
+      return inner_->Next(most, batch);
+    }
+
+   private:
+    FaultyEngine* const engine_;
+    const std::unique_ptr<Cursor> inner_;
+  };
 };
 
 class EngineDoubles : public KitTest {
@@ -148,35 +204,113 @@ TEST_F(EngineDoubles, AFailedSubscribeLeavesNone) {
   EXPECT_TRUE(ClientOf(g)->subscriptions.empty()) << "the context may be released now";
 }
 
-// The elements of a batch, which the caller's writes make stale.
-class BatchCursor : public Cursor {
- public:
-  explicit BatchCursor(std::unique_ptr<Cursor> inner) : inner_(std::move(inner)) {}
+int CountElements(tq_global_t* /*g*/, const tq_kit_element_t* /*element*/, void* count) {
+  ++*static_cast<int*>(count);
+  return 0;
+}
 
-  Status Next(std::size_t most, std::vector<Element>* batch) override {
-    while (batch->size() < most) {
-      const std::size_t before = batch->size();
-      if (Status status = inner_->Next(most - before, batch); !status.ok()) return status;
-      if (batch->size() == before) break;
-    }
-    return {};
+TEST_F(EngineDoubles, AScanThatFailsOnItsWayTellsIt) {
+  ASSERT_EQ(tq_mom_set_sync(g, 0, key), TQ_MOM_OK);
+  faulty->only = "Next";
+  int turns = 0;
+  faulty->fault = [&] { return ++turns > 1 ? Status(StatusCode::kUnavailable, "gone") : Status(); };
+  int seen = 0;
+  const tq_mom_scan_cb count = [](tq_global_t*, void*, void* context) { return ++*static_cast<int*>(context), 0; };
+  EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 0, count, &seen), TQ_MOM_NO_READY);
+  EXPECT_EQ(seen, 1);
+  turns = 0;
+  EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 0, nullptr, nullptr), TQ_MOM_NO_READY);
+  turns = 0;
+  EXPECT_EQ(tq_kit_visit(g, 0, "*", CountElements, &seen), TQ_MOM_NO_READY);
+  EXPECT_EQ(seen, 2);
+  turns = 0;
+  EXPECT_EQ(tq_kit_clear(g, 0), TQ_MOM_NO_READY);
+  EXPECT_TRUE(ClientOf(g)->frames.empty());
+}
+
+TEST_F(EngineDoubles, AScanThatCannotReadAgainTellsIt) {
+  ASSERT_EQ(tq_mom_set_sync(g, 0, key), TQ_MOM_OK);
+  ASSERT_EQ(tq_mom_set_sync(g, 0, Obj("other", "1")), TQ_MOM_OK);
+  faulty->only = "ReadElement";
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  const tq_mom_scan_cb write = [](tq_global_t* runtime, void*, void*) {
+    return tq_mom_set_sync(runtime, 0, Obj("written", "1"));
+  };
+  EXPECT_EQ(tq_mom_scan_sync(g, 0, Obj("*"), 0, write, nullptr), TQ_MOM_NO_READY);
+}
+
+TEST_F(EngineDoubles, AVisitPassesOnWhatFails) {
+  ASSERT_EQ(tq_mom_set_sync(g, 0, key), TQ_MOM_OK);
+  std::int32_t tag = 1;
+  ASSERT_EQ(tq_mom_hmset_sync(g, 1, key, &tag, 1), TQ_MOM_OK);
+  int seen = 0;
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  for (const char* method : {"Scan", "Inspect", "Get", "HashGetAll", "HashRemaining"}) {
+    faulty->only = method;
+    EXPECT_EQ(std::min(tq_kit_visit(g, 0, "*", CountElements, &seen), tq_kit_visit(g, 1, "*", CountElements, &seen)),
+              TQ_MOM_NO_READY)
+        << method;
   }
+  tq_kit_kind_t kind = TQ_KIT_NONE;
+  faulty->only = "Inspect";
+  EXPECT_EQ(tq_kit_inspect(g, 0, "k", &kind, nullptr), TQ_MOM_NO_READY);
+  EXPECT_EQ(kind, TQ_KIT_NONE);
+  faulty->fault = nullptr;
+  EXPECT_EQ(tq_kit_inspect(g, 0, "k", &kind, nullptr), TQ_MOM_OK);
+  EXPECT_EQ(kind, TQ_KIT_STRING);
+}
 
- private:
-  const std::unique_ptr<Cursor> inner_;
-};
+// Another process writes between a visit's calls.
+TEST_F(EngineDoubles, AVisitLeavesOutWhatGoesMeanwhile) {
+  int seen = 0;
+  const auto visit_while = [&](const char* method, const std::function<void()>& change) {
+    EXPECT_EQ(tq_mom_set_sync(g, 0, key), TQ_MOM_OK);
+    faulty->only = method;
+    faulty->fault = [&, done = false]() mutable {
+      if (!std::exchange(done, true)) change();
+      return Status();
+    };
+    return tq_kit_visit(g, 0, "*", CountElements, &seen);
+  };
+  const auto remove = [&] { tq_mom_del_sync(g, 0, key); };
+  const auto replace = [&] {
+    remove();
+    tq_mom_sadd_sync(g, 0, key);
+  };
+  EXPECT_EQ(visit_while("Inspect", remove), 0);
+  EXPECT_EQ(visit_while("Get", remove), 0);
+  EXPECT_EQ(visit_while("Get", replace), 0) << "it has another kind now";
+  EXPECT_EQ(visit_while("Get", [] {}), 1);
+}
 
-class BatchEngine : public EngineWrapper {
- public:
-  using EngineWrapper::EngineWrapper;
-
-  Status Scan(const Request& pattern, Bring bring, std::unique_ptr<Cursor>* cursor) override {
-    std::unique_ptr<Cursor> one;
-    Status status = inner().Scan(pattern, bring, &one);
-    *cursor = std::make_unique<BatchCursor>(std::move(one));
-    return status;
+TEST_F(EngineDoubles, AStoreThatFailsSaysSo) {
+  tq_kit_element_t element = {};
+  element.key = "k";
+  element.kind = TQ_KIT_HASH;
+  element.bytes = "v";
+  element.length = 1;
+  element.remaining = 1000;
+  element.field_remaining = 1000;
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  for (const char* method : {"HashSet", "HashExpire", "Expire"}) {
+    faulty->only = method;
+    EXPECT_EQ(tq_kit_store(g, 0, &element), TQ_MOM_NO_READY) << method;
   }
-};
+  faulty->only = "none";
+  for (const char* name : {"a", "b"}) ASSERT_EQ(tq_mom_set_sync(g, 0, Obj(name, "v")), TQ_MOM_OK);
+  for (const char* method : {"Scan", "Delete"}) {
+    faulty->only = method;
+    EXPECT_EQ(tq_kit_clear(g, 0), TQ_MOM_NO_READY) << method;
+  }
+}
+
+TEST_F(EngineDoubles, WhatIsPrintedFailsWithItsParts) {
+  faulty->fault = [] { return Status(StatusCode::kUnavailable, "gone"); };
+  for (const char* method : {"Describe", "Summarize"}) {
+    faulty->only = method;
+    EXPECT_EQ(tq_mom_debug_show_all(g), TQ_MOM_NO_READY) << method;
+  }
+}
 
 class Batches : public KitTest {
  protected:
@@ -338,6 +472,42 @@ TEST_F(Polling, APatternIsSubscribedToOnce) {
   EXPECT_EQ(polling->log, (std::vector<std::string>{"+*", "-*"}));
 }
 
+TEST_F(Polling, SubscriptionsOfOnePatternCountEach) {
+  ASSERT_GT(tq_kit_subscribe(g, 1, "*", Take, &seen), 0);
+  ASSERT_GT(tq_kit_subscribe(g, 0, "o*", Take, &seen), 0);
+  ASSERT_GT(tq_kit_subscribe(g, 0, "*", Take, &seen), 0);
+  EXPECT_EQ(tq_mom_publish_sync(g, 0, Obj("k", "v")), 2);
+  ASSERT_GT(tq_kit_subscribe(g, 0, "*", Take, &seen), 0);
+  ASSERT_GT(tq_kit_subscribe(g, 0, "o*", Take, &seen), 0);
+  EXPECT_EQ(tq_mom_publish_sync(g, 0, Obj("k", "v")), 3) << "the engine counts a pattern once";
+}
+
+TEST_F(Polling, AMessageIsDeliveredOnceOrTheFailureIsTold) {
+  int delivered = 0;
+  const tq_kit_subscriber count = [](tq_global_t*, const tq_mom_pubsub_msg_t*, void* context) {
+    ++*static_cast<int*>(context);
+  };
+  ASSERT_GT(tq_kit_subscribe(g, 0, "*", count, &delivered), 0);
+  bool reached = true;
+  for (std::size_t index = 0; reached; ++index) {
+    const int before = delivered;
+    polling->arriving.push_back({0, "*", "a name that takes memory of its own", "a value that does, too, of course"});
+    int status = TQ_MOM_OK;
+    {
+      const FailingAllocations failing(index, FailureMode::kOnce);
+      status = tq_global_run(g);
+      reached = FailingAllocations::Hit();
+    }
+    if (status == TQ_MOM_OK) {
+      EXPECT_EQ(delivered, before + 1) << index;
+    } else {
+      EXPECT_EQ(status, TQ_MOM_MALLOC_ERR);
+      EXPECT_EQ(tq_global_run(g), TQ_MOM_OK);
+      EXPECT_LE(delivered, before + 1) << index;
+    }
+  }
+}
+
 struct ForeignError {};
 
 TEST_F(Polling, WhatACallbackLeftIsDeliveredLater) {
@@ -368,6 +538,15 @@ TEST(SeenFieldsTest, TheOldestHashesAreForgottenFirst) {
   EXPECT_EQ(read("three"), 2U);
   EXPECT_EQ(read("one"), 0U);
   EXPECT_EQ(read("two"), 2U) << "it was read longest ago";
+}
+
+TEST(SeenFieldsTest, WhatNobodyHasReadIsNotNoted) {
+  SeenFields seen;
+  const std::vector<Field> pair = {{1, "a"}, {2, "b"}};
+  seen.Deliver(0, "h", pair, nullptr);
+  EXPECT_EQ(seen.Changed(0, "h", std::span(pair).first(1)).size(), 1U);
+  seen.Deliver(0, "h", pair, nullptr);
+  EXPECT_EQ(seen.Changed(0, "h", pair), (std::vector<FieldTag>{2}));
 }
 
 TEST(SeenFieldsTest, WhatIsNotThereAnyMoreIsForgotten) {

@@ -237,6 +237,19 @@ TEST(OutOfMemoryObject, StaysAsItWas) {
   EXPECT_EQ(tq_obj_field_count(object), 1U);
 }
 
+// Without a runtime there is nobody to keep the reason.
+TEST(OutOfMemoryResult, IsNoneWithoutARuntime) {
+  const FailingAllocations failing(0, FailureMode::kFromThenOn);
+  EXPECT_EQ(tq_mom_get_ext_sync(nullptr, 0, nullptr, nullptr), nullptr);
+  EXPECT_EQ(tq_mom_incr_sync(nullptr, 0, nullptr), nullptr);
+  EXPECT_EQ(tq_mom_hgetall_sync(nullptr, 0, nullptr), nullptr);
+  EXPECT_EQ(tq_mom_lrange_sync(nullptr, 0, nullptr, 0, -1), nullptr);
+  EXPECT_EQ(tq_mom_smembers_sync(nullptr, 0, nullptr), nullptr);
+  EXPECT_EQ(tq_mom_zrange_sync(nullptr, 0, nullptr, 0, -1), nullptr);
+  EXPECT_EQ(tq_mom_zrangebyscore_sync(nullptr, 0, nullptr, 0, 1), nullptr);
+  EXPECT_EQ(tq_mom_zscore_sync(nullptr, 0, nullptr), nullptr);
+}
+
 class OutOfMemoryScan : public KitTest {};
 
 // The elements before the failure have been delivered; the scan says that it is not whole.

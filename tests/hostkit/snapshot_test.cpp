@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -104,6 +105,15 @@ TEST_F(Snapshots, OfAnEmptyStoreIsASnapshot) {
   EXPECT_EQ(ReadFile().size(), 24U);
   Restart(path);
   EXPECT_TRUE(engine->store().Names(0).empty());
+}
+
+TEST_F(Snapshots, ANameWithoutAFolderIsOfTheWorkingDirectory) {
+  const std::string before = std::filesystem::current_path();
+  std::filesystem::current_path(directory);
+  const Status status = WriteSnapshot("here", clock, engine->store());
+  std::filesystem::current_path(before);
+  EXPECT_TRUE(status.ok()) << status.text();
+  EXPECT_EQ(Files(), std::vector<std::string>{"here"});
 }
 
 TEST_F(Snapshots, TimeGoesOnWhileNoProcessRuns) {

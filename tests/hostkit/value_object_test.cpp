@@ -43,6 +43,16 @@ TEST_F(ValueObject, HoldsBinaryBytesWithANulBehindThem) {
   EXPECT_EQ(length, 9U);
 }
 
+TEST_F(ValueObject, NoBytesNeedNoAddress) {
+  tq_obj* unnamed = tq_obj_new(nullptr, 0);
+  EXPECT_STREQ(tq_obj_key(unnamed, nullptr), "");
+  tq_obj_delete(unnamed);
+  ASSERT_EQ(tq_obj_set_key(object, nullptr, 0), TQ_MOM_OK);
+  EXPECT_STREQ(tq_obj_key(object, nullptr), "");
+  ASSERT_EQ(tq_obj_set_field(object, 1, nullptr, 0), TQ_MOM_OK);
+  EXPECT_STREQ(tq_obj_field(object, 1, nullptr), "");
+}
+
 TEST_F(ValueObject, TakesItsOwnBytes) {
   ASSERT_EQ(tq_obj_set_value(object, "0123456789abcdefghij", 20), TQ_MOM_OK);
   ASSERT_EQ(tq_obj_set_value(object, tq_obj_value(object, nullptr) + 5, 15), TQ_MOM_OK);
@@ -65,11 +75,13 @@ TEST_F(ValueObject, KeepsFieldsInOrder) {
     seen += std::to_string(tag) + "=" + std::string(bytes, length) + " ";
   }
   EXPECT_EQ(seen, "0=0 3=new 7=7 4294967295=4 ");
+  EXPECT_STREQ(tq_obj_field_at(object, 1, nullptr, nullptr), "new");
   EXPECT_EQ(tq_obj_field_at(object, 4, nullptr, nullptr), nullptr);
-  EXPECT_EQ(tq_obj_clear_field(object, 3), TQ_MOM_OK);
-  EXPECT_EQ(tq_obj_clear_field(object, 3), TQ_MOM_OK);
+  for (const std::uint32_t tag : {3U, 3U}) EXPECT_EQ(tq_obj_clear_field(object, tag), TQ_MOM_OK);
+  ASSERT_EQ(tq_obj_clear_field(object, 4294967295U), TQ_MOM_OK);
+  EXPECT_EQ(tq_obj_clear_field(object, 4294967295U), TQ_MOM_OK) << "there is no greater one";
   EXPECT_EQ(tq_obj_field(object, 3, nullptr), nullptr);
-  EXPECT_EQ(tq_obj_field_count(object), 3U);
+  EXPECT_EQ(tq_obj_field_count(object), 2U);
 }
 
 TEST_F(ValueObject, RefusesWhatIsNoObject) {

@@ -65,6 +65,8 @@ TEST_F(ConnectionTest, ALoginWithoutAnAnswerSendsNothing) {
   options.connect_timeout = milliseconds(50);
   EXPECT_EQ(Login(""), Delivery::kNotSent);
   EXPECT_NE(why.find("no answer in time"), std::string::npos);
+  EXPECT_EQ(Exchange({&ping}, milliseconds(0)), Delivery::kNotSent);
+  EXPECT_NE(why.find("takes no commands"), std::string::npos);
   server.On("AUTH", {{"", true}});
   EXPECT_EQ(Exchange({&ping}), Delivery::kNotSent);
   EXPECT_NE(why.find("closed"), std::string::npos);

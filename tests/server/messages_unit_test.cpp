@@ -90,7 +90,9 @@ TEST_F(MessagesTest, ABrokenConnectionIsOpenedAgainWithAllSubscriptions) {
   EXPECT_EQ(engine->Subscribe({0, "other"}).code(), StatusCode::kUnavailable) << "it cannot be told";
   server.On("PSUBSCRIBE", {{"-ERR not now\r\n"}, {kTold}});
   EXPECT_EQ(engine->Poll(milliseconds(0), &messages).code(), StatusCode::kFailed);
-  EXPECT_TRUE(engine->Unsubscribe({0, "stranger"}).ok()) << "nothing to tell anybody";
+  for (const Request& unknown : {Request{0, "stranger"}, Request{1, "news*"}}) {
+    EXPECT_TRUE(engine->Unsubscribe(unknown).ok()) << "nothing to tell anybody";
+  }
   EXPECT_TRUE(engine->Subscribe({0, "other"}).ok());
   EXPECT_EQ(server.Log(),
             (Log{"PING", "PSUBSCRIBE 0:news*", "PSUBSCRIBE 0:news*", "PSUBSCRIBE 0:news*", "PSUBSCRIBE 0:other"}));
@@ -146,10 +148,13 @@ TEST_F(MessagesTest, APublishBringsItsOwnMessageAndKeepsTheOthers) {
   EXPECT_TRUE(engine->Publish({0, "news"}, "nobody listens here", &receivers).ok());
   ASSERT_TRUE(engine->Subscribe(kNews).ok());
   EXPECT_TRUE(engine->Publish({1, "news"}, "another database", &receivers).ok());
-  server.Say(Arriving("0:news!", "own") + Arriving("0:news", "other") + Arriving("0:news", "own"));
+  server.On("PSUBSCRIBE", {{Told("psubscribe", "1:news*")}});
+  ASSERT_TRUE(engine->Subscribe({1, "news*"}).ok());
+  server.Say(Push({"pmessage", "1:news*", "1:news", "own"}) + Arriving("0:news!", "own") + Arriving("0:news", "other") +
+             Arriving("0:news", "own"));
   EXPECT_TRUE(engine->Publish({0, "news"}, "own", &receivers).ok());
   EXPECT_EQ(receivers, 1);
-  EXPECT_EQ(Arrived(3), (Log{"news!=own", "news=other", "news=own"}));
+  EXPECT_EQ(Arrived(4), (Log{"news=own", "news!=own", "news=other", "news=own"}));
 }
 
 TEST_F(MessagesTest, APublishWhoseOwnMessageStaysAwayHasBeenDone) {

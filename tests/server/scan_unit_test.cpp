@@ -137,7 +137,7 @@ TEST_F(ScanTest, PagesOfAnotherFormAreTold) {
   }
 }
 
-// Between its walk's end and its last page the cluster is asked two things.
+// A cluster is asked for its slots, which may be on the move, when a node is walked and when all are.
 TEST_F(ScanTest, AnswersOfAClusterThatCannotBeUsedAreTold) {
   Connect(true);
   const Turn slots = {Delivery::kAnswered, Slots(1, 2)};
@@ -152,6 +152,9 @@ TEST_F(ScanTest, AnswersOfAClusterThatCannotBeUsedAreTold) {
   }
   nodes.At(2, {kSize, Page("0", {}), NodesLine(""), refusal});
   nodes.At(1, {slots, kSize, refusal});
+  EXPECT_EQ(Scan(Bring::kNames).code(), StatusCode::kReadOnly);
+  nodes.At(2, {kSize, Page("0", {}), NodesLine("")});
+  nodes.At(1, {slots, kSize, slots, Page("0", {}), NodesLine(""), slots, refusal});
   EXPECT_EQ(Scan(Bring::kNames).code(), StatusCode::kReadOnly);
 }
 
