@@ -9,9 +9,11 @@ command "tq_global_init" {
   returns = result "tq_global_t" "the runtime, which lives until [`tq_global_finish`](#tq_global_finish); nil on failure",
   does = "Makes a runtime.",
   kit = [[
-Each runtime has a store of its own. `name` is the path of a [snapshot](hostkit.md#snapshots), nil or empty for none. A
-given `g` only names the runtime: the kit neither reads nor writes it; keep it as long as the runtime. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a
-runtime already, or out of memory.]],
+Each runtime has a store of its own. `name` is the path of a [snapshot](hostkit.md#snapshots) or the name of a
+[server](hostkit.md#its-name), nil or empty for neither. Without `g` the record is the library's, shows `rmc` and `master`
+and goes with the runtime. A given `g` only names the runtime by its address: the kit neither reads nor writes it. Keep it
+as long as the runtime, for a new record at the address of a collected one still names the old runtime. Nil when the
+snapshot is refused (the reason goes to stderr), when `g` is a runtime already, or out of memory.]],
   example = [[
 local other = tq.tq_global_init(nil, nil)
 print(tq.client_connect(other, 0), tq.tq_global_finish(other)) --> 0.0	0.0]],
@@ -28,7 +30,8 @@ command "tq_global_finish" {
   does = "Ends a runtime.",
   kit = [[
 Drops the store and saves nothing. Results and objects stay valid. In a callback of a scan or a publish of this runtime,
-or in a finalizer that runs meanwhile, it changes nothing and returns `TQ_MOM_ERR`.]],
+or in a finalizer that runs meanwhile, it changes nothing and returns `TQ_MOM_ERR`. A scan that an error has left counts as
+under way for calls from further down the C stack: call again from where the scan was called.]],
   example = [[
 local other = tq.tq_global_init(nil, nil)
 print(tq.tq_global_finish(other)) --> 0.0]],
@@ -41,7 +44,7 @@ command "tq_global_get_master" {
   does = "Returns the runtime's event-loop master.",
   kit = [[
 A filled record: `tid` of the thread that made the runtime, `flag` `TQ_THREAD_USE_POLL`, `alloc` 1, `max_fd` -1, empty
-timer lists, and a `cur_thread` named "kit".]],
+timer lists, and a `cur_thread` named "kit" whose handler does what [`tq_global_run`](#tq_global_run) does.]],
   example = [[print(tq.tq_global_get_master(g).cur_thread.name) --> kit]],
 }
 
@@ -83,7 +86,7 @@ command "debug_show_all" {
   does = "Prints the library's state.",
   kit = [[
 Prints connection, keys by database and kind, subscriptions, and the results and objects that commands returned and
-nobody has released, to stdout.]],
+nobody has released, to stdout. Objects that a script made itself do not count.]],
   example = [[print(tq.debug_show_all(g)) --> 0.0]],
 }
 

@@ -83,7 +83,9 @@ command "linsert" {
   statuses = {TQ_MOM_ERR = "no element equals the pivot"},
   options = "linsert_op_t",
   does = "Puts an element before or behind another.",
-  kit = "The pivot is found by its value, from the head. 0 for a list that is missing; any other `where` is refused.",
+  kit = [[
+The pivot is found by its value, from the head; its key does not matter. 0 for a list that is missing. `TQ_MOM_INPUT_ERR`
+for any other `where`.]],
   example = [[
 local job, pivot = tq_obj.new("jobs", "link"), tq_obj.new("jobs", "scan")
 print(tq.linsert(g, db, job, pivot, 0)) --> 3.0]],

@@ -25,8 +25,8 @@ called for each key with the runtime, the message and `argument`; an integer oth
 Visits keys. The message comes as a `tq_mom_pubsub_msg_t` and is a `tq_mom_scan_all_msg_t`: cast it with
 [`convertPtrToScanAllMsg`](#convertptrtoscanallmsg). It is valid until the callback returns.]],
   kit = [[
-`*` matches any bytes, `?` one, `[a-z]` one of a set. `count` 0 is no limit. Without a callback the result is how many
-keys match. [hostkit.md](hostkit.md#scan) says what a callback may do.]],
+[hostkit.md](hostkit.md#scan) says what a pattern matches, what is visited and what a callback may do. `count` 0 is no
+limit. Without a callback the result is how many keys match.]],
   example = [[
 local function show(_, message) print(tq.convertPtrToScanAllMsg(message).key) end
 print(tq.scan(g, db, tq_obj.new("port/*"), 0, show, nil)) --> port/1 --> port/2 --> 2.0]],

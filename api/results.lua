@@ -10,7 +10,7 @@ result_record "hash" {
   does = "Fields of a hash.",
   object "value" "an object with the hash's key and the fields, and no value; the result's",
   tags("field_tag", "field_tag_count") "the numbers of the fields, ascending",
-  tags("field_change_tag", "field_change_tag_count") "those whose bytes changed since they were last read",
+  tags("field_change_tag", "field_change_tag_count") "those that have [changed](hostkit.md#changed-fields)",
 }
 
 result_record "set" {

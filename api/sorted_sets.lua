@@ -17,7 +17,8 @@ command "zadd" {
   does = "Adds members, or moves those that are there to their new scores. `scores[i]` belongs to `members[i]`.",
   kit = [[
 A sorted set that is missing is made. Members of one score are ordered by their bytes. All members name the same sorted
-set and no score is NaN, else `TQ_MOM_INPUT_ERR`; of one that is listed twice the last score counts. No members: 0.]],
+set and no score is NaN, else `TQ_MOM_INPUT_ERR`; infinite scores are allowed. Of a member that is listed twice the last
+score counts. All or nothing. No members: 0.]],
   example = [[print(tq.zadd(g, db, {3, 99}, {tq_obj.new("load", "eth2"), eth0})) --> 1.0]],
   ext = {helper = "_tq_mom_zadd_ext_sync"},
 }
@@ -28,7 +29,7 @@ command "zrem" {
   writes = true,
   options = "zrem_op_t",
   does = "Removes members.",
-  kit = "As [`zadd`](#zadd), without scores.",
+  kit = "All members name the same sorted set, else `TQ_MOM_INPUT_ERR`. All or nothing. No members: 0.",
   example = [[print(tq.zrem(g, db, {eth0, eth1})) --> 2.0]],
 }
 

@@ -77,7 +77,9 @@ command "incr" {
   statuses = {TQ_MOM_ERR = "the sum is out of range; `value` is the old number"},
   options = "incr_op_t",
   does = "Adds 1 to a number.",
-  kit = "A missing key counts as 0; the expiry stays. `TQ_MOM_INPUT_ERR` for what is no decimal 64-bit number.",
+  kit = [[
+A missing key counts as 0; the expiry stays. `TQ_MOM_INPUT_ERR` for what is no decimal 64-bit number as `incr` writes it
+(`7`, not `007`).]],
   example = [[
 local result = tq.incr(g, db, tq_obj.new("boots"))
 print(result.value) --> 1.0

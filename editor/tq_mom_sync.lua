@@ -30,7 +30,7 @@ function swig_equals(a, b) end
 
 ---Makes a runtime.
 ---
----Host kit: Each runtime has a store of its own. `name` is the path of a snapshot, nil or empty for none. A given `g` only names the runtime: the kit neither reads nor writes it; keep it as long as the runtime. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a runtime already, or out of memory.
+---Host kit: Each runtime has a store of its own. `name` is the path of a snapshot or the name of a server, nil or empty for neither. Without `g` the record is the library's, shows `rmc` and `master` and goes with the runtime. A given `g` only names the runtime by its address: the kit neither reads nor writes it. Keep it as long as the runtime, for a new record at the address of a collected one still names the old runtime. Nil when the snapshot is refused (the reason goes to stderr), when `g` is a runtime already, or out of memory.
 ---
 ---```lua
 ---local other = tq.tq_global_init(nil, nil)
@@ -45,7 +45,7 @@ function tq_mom_sync.tq_global_init(name, g) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_ERR` (a call with callbacks is under way), `TQ_MOM_INPUT_ERR` (no runtime, or finished before)
 ---
----Host kit: Drops the store and saves nothing. Results and objects stay valid. In a callback of a scan or a publish of this runtime, or in a finalizer that runs meanwhile, it changes nothing and returns `TQ_MOM_ERR`.
+---Host kit: Drops the store and saves nothing. Results and objects stay valid. In a callback of a scan or a publish of this runtime, or in a finalizer that runs meanwhile, it changes nothing and returns `TQ_MOM_ERR`. A scan that an error has left counts as under way for calls from further down the C stack: call again from where the scan was called.
 ---
 ---```lua
 ---local other = tq.tq_global_init(nil, nil)
@@ -57,7 +57,7 @@ function tq_mom_sync.tq_global_finish(g) end
 
 ---Returns the runtime's event-loop master.
 ---
----Host kit: A filled record: `tid` of the thread that made the runtime, `flag` `TQ_THREAD_USE_POLL`, `alloc` 1, `max_fd` -1, empty timer lists, and a `cur_thread` named "kit".
+---Host kit: A filled record: `tid` of the thread that made the runtime, `flag` `TQ_THREAD_USE_POLL`, `alloc` 1, `max_fd` -1, empty timer lists, and a `cur_thread` named "kit" whose handler does what `tq_global_run` does.
 ---
 ---```lua
 ---print(tq.tq_global_get_master(g).cur_thread.name) --> kit
@@ -111,7 +111,7 @@ function tq_mom_sync.client_connect_cluster(g, n) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR` (no runtime)
 ---
----Host kit: Prints connection, keys by database and kind, subscriptions, and the results and objects that commands returned and nobody has released, to stdout.
+---Host kit: Prints connection, keys by database and kind, subscriptions, and the results and objects that commands returned and nobody has released, to stdout. Objects that a script made itself do not count.
 ---
 ---```lua
 ---print(tq.debug_show_all(g)) --> 0.0
@@ -311,7 +311,7 @@ function tq_mom_sync.exists_ext(g, db, op, key) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_ERR` (the sum is out of range; `value` is the old number), `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`, `TQ_MOM_GLOBAL_DB_NO_WRITE`
 ---
----Host kit: A missing key counts as 0; the expiry stays. `TQ_MOM_INPUT_ERR` for what is no decimal 64-bit number.
+---Host kit: A missing key counts as 0; the expiry stays. `TQ_MOM_INPUT_ERR` for what is no decimal 64-bit number as `incr` writes it (`7`, not `007`).
 ---
 ---With options: `incr_ext`
 ---
@@ -855,7 +855,7 @@ function tq_mom_sync.lrange_ext(g, db, op, key, start, stop) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_ERR` (no element equals the pivot), `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`, `TQ_MOM_GLOBAL_DB_NO_WRITE`
 ---
----Host kit: The pivot is found by its value, from the head. 0 for a list that is missing; any other `where` is refused.
+---Host kit: The pivot is found by its value, from the head; its key does not matter. 0 for a list that is missing. `TQ_MOM_INPUT_ERR` for any other `where`.
 ---
 ---With options: `linsert_ext`
 ---
@@ -1139,7 +1139,7 @@ function tq_mom_sync.smembers_res_free(result) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`, `TQ_MOM_GLOBAL_DB_NO_WRITE`
 ---
----Host kit: A sorted set that is missing is made. Members of one score are ordered by their bytes. All members name the same sorted set and no score is NaN, else `TQ_MOM_INPUT_ERR`; of one that is listed twice the last score counts. No members: 0.
+---Host kit: A sorted set that is missing is made. Members of one score are ordered by their bytes. All members name the same sorted set and no score is NaN, else `TQ_MOM_INPUT_ERR`; infinite scores are allowed. Of a member that is listed twice the last score counts. All or nothing. No members: 0.
 ---
 ---With options: `zadd_ext`
 ---
@@ -1172,7 +1172,7 @@ function tq_mom_sync.zadd_ext(g, db, op, scores, members) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`, `TQ_MOM_GLOBAL_DB_NO_WRITE`
 ---
----Host kit: As `zadd`, without scores.
+---Host kit: All members name the same sorted set, else `TQ_MOM_INPUT_ERR`. All or nothing. No members: 0.
 ---
 ---With options: `zrem_ext`
 ---
@@ -1552,7 +1552,7 @@ function tq_mom_sync.publish_ext(g, db, op, key) end
 ---
 ---Statuses: `TQ_MOM_OK`, `TQ_MOM_INPUT_ERR`, `TQ_MOM_MALLOC_ERR`, `TQ_MOM_NO_READY`
 ---
----Host kit: `*` matches any bytes, `?` one, `[a-z]` one of a set. `count` 0 is no limit. Without a callback the result is how many keys match. hostkit.md says what a callback may do.
+---Host kit: hostkit.md says what a pattern matches, what is visited and what a callback may do. `count` 0 is no limit. Without a callback the result is how many keys match.
 ---
 ---```lua
 ---local function show(_, message) print(tq.convertPtrToScanAllMsg(message).key) end
@@ -2031,7 +2031,7 @@ function tq_mom_sync.convertPtrToSismemberRes(handle) end
 ---@class tq_mom_hash_res_t: tq_pointer
 ---@field value tq_obj? an object with the hash's key and the fields, and no value; the result's. Takes the pointer of any handle, which keeps what it owns.
 ---@field field_tag integer[] the numbers of the fields, ascending. Reads as a new table; takes a handle of `size_t *`, which gives up what it owns, not a table.
----@field field_change_tag integer[] those whose bytes changed since they were last read. Reads as a new table; takes a handle of `size_t *`, which gives up what it owns, not a table.
+---@field field_change_tag integer[] those that have changed. Reads as a new table; takes a handle of `size_t *`, which gives up what it owns, not a table.
 ---@field error_code number 0, or the status of the failure
 
 ---Makes a zeroed record, which Lua frees.
