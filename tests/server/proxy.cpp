@@ -4,7 +4,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <utility>
 
 #include "loopback.h"
@@ -43,17 +42,17 @@ void Proxy::Accept() {
 }
 
 bool Proxy::FromClient(const Pair& pair) {
-  std::array<char, 65536> piece;
-  const ssize_t size = recv(pair.client, piece.data(), piece.size(), 0);
+  char piece[65536];
+  const ssize_t size = recv(pair.client, piece, sizeof(piece), 0);
   if (!std::exchange(asked_, true)) ++round_trips_;
-  return size > 0 && SendAll(pair.server, {piece.data(), static_cast<std::size_t>(size)});
+  return size > 0 && SendAll(pair.server, {piece, static_cast<std::size_t>(size)});
 }
 
 bool Proxy::FromServer(const Pair& pair) {
-  std::array<char, 65536> piece;
-  const ssize_t size = recv(pair.server, piece.data(), piece.size(), 0);
+  char piece[65536];
+  const ssize_t size = recv(pair.server, piece, sizeof(piece), 0);
   if (size <= 0) return false;
-  std::string bytes(piece.data(), static_cast<std::size_t>(size));
+  std::string bytes(piece, static_cast<std::size_t>(size));
   last_size_ = bytes.size();
   asked_ = false;
   std::optional<Fault> fault;

@@ -5,7 +5,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -61,10 +60,10 @@ ScriptedServer::Reaction ScriptedServer::ReactionTo(const redisReply& command) {
 }
 
 bool ScriptedServer::Read(const Connection& connection) {
-  std::array<char, 65536> piece;
-  const ssize_t size = recv(connection.socket, piece.data(), piece.size(), 0);
+  char piece[65536];
+  const ssize_t size = recv(connection.socket, piece, sizeof(piece), 0);
   if (size <= 0) return false;
-  EXPECT_EQ(redisReaderFeed(connection.reader.get(), piece.data(), static_cast<std::size_t>(size)), REDIS_OK);
+  EXPECT_EQ(redisReaderFeed(connection.reader.get(), piece, static_cast<std::size_t>(size)), REDIS_OK);
   for (;;) {
     void* read = nullptr;
     EXPECT_EQ(redisReaderGetReply(connection.reader.get(), &read), REDIS_OK);
