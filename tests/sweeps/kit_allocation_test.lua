@@ -11,6 +11,7 @@ local luaunit = require "luaunit"
 local catalog = require "catalog"
 local tq = require "tq_mom_sync"
 local tq_obj = require "tq_obj"
+local tq_kit = require "tq_kit"
 local probe = require "kit_probe"
 
 local kMost = 1000 -- allocations of one call
@@ -176,6 +177,47 @@ function TestKitAllocations:test_objects()
     function(object) object[7] = "field" .. kLong end,
   } do
     luaunit.assertTrue(object_sweep(function() return key "text" end, f) > 0)
+  end
+end
+
+-- What tq_kit does with the store fails as a whole, or can be repeated.
+function TestKitAllocations:test_tq_kit()
+  local fixture = {
+    list = {kind = "list", elements = {"a" .. kLong, "b" .. kLong}}, text = {kind = "string", value = kLong},
+    hash = {kind = "hash", fields = {[1] = kLong}}, set = {kind = "set", members = {kLong}},
+    zset = {kind = "sorted_set", scores = {[kLong] = 1}},
+  }
+  local other = kNumber + 1
+  for name, call in pairs {
+    dump = function() return tq_kit.dump(g, kNumber) end,
+    subscribe = function() tq_kit.subscribe(g, kNumber, kLong, print) end,
+    load = function() tq_kit.load(g, other, fixture) end,
+    clear = function()
+      tq_kit.load(g, other, fixture)
+      tq_kit.clear(g, other)
+    end,
+  } do
+    for n = 1, kMost do
+      connect()
+      local before, all = contents(), tq_kit.dump(g, kNumber)
+      local failed, ok, message = failing_new.with(n, true, call)
+      luaunit.assertEquals(contents(), before)
+      if ok and name == "dump" then luaunit.assertEquals(message, all) end
+      if not ok then
+        luaunit.assertTrue(failed)
+        luaunit.assertStrContains(message, "memory")
+        luaunit.assertEquals(tq.publish(g, kNumber, tq_obj.new(kLong, "v")), 1, name) -- the test's own subscriber
+      end
+      tq_kit.load(g, other, fixture)
+      luaunit.assertEquals(tq_kit.dump(g, other), fixture)
+      luaunit.assertEquals(tq_kit.clear(g, other), 5)
+      tq.tq_global_finish(g)
+      nothing_live()
+      if not failed then
+        luaunit.assertTrue(ok and n > 1, message)
+        break
+      end
+    end
   end
 end
 
