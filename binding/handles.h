@@ -97,9 +97,7 @@ void PushPacked(lua_State* L, const void* bytes, std::size_t size, TypeDescripto
 // The handle at the index; null for every other value, light userdata and too short foreign userdata among them.
 [[gnu::always_inline]] inline Handle* HandleAt(lua_State* L, int index) {
   void* block = lua_touserdata(L, index);
-  // GCOVR_EXCL_BR_START: a copy at each use
   return block != nullptr && lua_rawlen(L, index) >= sizeof(Handle) ? static_cast<Handle*>(block) : nullptr;
-  // GCOVR_EXCL_BR_STOP
 }
 
 // The native pointer of any handle; null for every other value.

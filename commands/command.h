@@ -74,7 +74,6 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   return BuildMembers(L, index, &elements->pointer, count);
 }
 
-// GCOVR_EXCL_BR_START: each kind has a copy of its own, with the branches of all kinds
 // Converts the argument at the index to the slot, or raises its error. Returns the next slot. Kind and type are the
 // command's for this argument, once more, so that code for one kind can be had by giving it as a constant.
 [[gnu::always_inline]] inline Slot* ReadArgument(lua_State* L, const CommandRow& command, int index, Kind kind,
@@ -141,8 +140,6 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   return slot;
 }
 
-// GCOVR_EXCL_BR_STOP
-
 // The same, with code of its own for each kind: faster by a quarter of a short command, and several KiB larger for all.
 template <class... Word>
 [[gnu::always_inline]] inline void ReadWords(lua_State* L, const CommandRow& command, Slot* slots) {
@@ -154,9 +151,7 @@ template <class... Word>
           constexpr Parameter kParameter = Meaning<Word>::kParameter;
           ++index;
           TypeId type = std::is_same_v<Word, Store> ? kParameter.type() : command.parameters[index - 1].type();
-          // GCOVR_EXCL_BR_START: as above
           slot = ReadArgument(L, command, index, kParameter.kind(), type, slots, slot);
-          // GCOVR_EXCL_BR_STOP
         }
       }(),
       ...);

@@ -40,8 +40,9 @@ std::string_view ExpectedText(Parameter parameter, Spelling spelling) {
   }
   const char* names = ReadableName(parameter.type());
   if (spelling == Spelling::kStructure) return {names, std::strcspn(names, "|")};
-  const char* last = std::strrchr(names, '|');
-  return last != nullptr ? last + 1 : names;
+  std::string_view last = names;
+  last.remove_prefix(last.rfind('|') + 1);  // nothing if there is one name
+  return last;
 }
 
 }  // namespace

@@ -118,7 +118,7 @@ struct Callee {
 // module lets stand for this one.
 [[gnu::always_inline]] inline bool ConvertExact(lua_State* L, int index, void** pointer, TypeId type) {
   const binding::Handle* handle = binding::HandleAt(L, index);
-  if (handle != nullptr) {  // GCOVR_EXCL_BR_LINE: a copy at each use
+  if (handle != nullptr) {
     *pointer = handle->pointer;
     return binding::IsExact(*handle, *Type(type));
   }

@@ -101,6 +101,21 @@ function TestResults:test_a_count_that_changes_meanwhile()
   recorder.free(array)
 end
 
+-- Room is made beforehand for as many elements as are likely.
+function TestResults:test_an_array_of_any_length_comes_whole()
+  local length = 70000
+  local result = tq.tq_mom_list_res_t()
+  local array = recorder.alloc(length * word)
+  recorder.write(array, string.pack("T", 0x1000):rep(length))
+  local layout = recorder.layouts.tq_mom_list_res_t.fields
+  support.poke(support.pointer_of(result) + layout.value_array.offset, "T", array)
+  support.poke(support.pointer_of(result) + layout.count.offset, "T", length)
+  local values = result.value_array
+  luaunit.assertEquals(#values, length)
+  support.is_handle(values[length], "void *", 0x1000)
+  recorder.free(array)
+end
+
 function TestResults:test_a_getter_that_runs_out_of_lua_memory()
   local result = tq.tq_mom_list_res_t()
   local array = recorder.alloc(40 * word)

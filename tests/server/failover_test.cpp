@@ -107,14 +107,22 @@ class Chaos {
     const auto name_of = [&](int port) { return Ask({"127.0.0.1", port}, "cluster myid"); };
     const int from = OwnerOf(witness, slot);
     const int to = OwnerOf(witness, other_slot);
-    const std::string command = "redis-cli --cluster reshard " + ToText(witness) + " --cluster-from " + name_of(from) +
-                                " --cluster-to " + name_of(to) + " --cluster-slots " + std::to_string(count) +
-                                " --cluster-yes >/dev/null";
     ASSERT_NE(from, to);
-    ASSERT_EQ(std::system(command.c_str()), 0);
+    // Resharding is refused as long as a node has not heard of the last failover.
+    std::string output;
+    ASSERT_TRUE(Await(seconds(30), [&] { return Manage("check " + ToText(witness), &output); })) << output;
+    ASSERT_TRUE(Manage("reshard " + ToText(witness) + " --cluster-from " + name_of(from) + " --cluster-to " +
+                           name_of(to) + " --cluster-slots " + std::to_string(count) + " --cluster-yes",
+                       &output))
+        << output;
   }
 
  private:
+  // Whether redis-cli's manager of clusters succeeds, and what it says.
+  static bool Manage(const std::string& what, std::string* output) {
+    return RunCommand("redis-cli --cluster " + what + " 2>&1", output) == 0;
+  }
+
   // A node of the cluster that is not at that port.
   static ServerAddress Other(int port) {
     static const std::vector<int> ports = [] {
@@ -211,7 +219,7 @@ TEST(Failover, NothingAcknowledgedIsLostAndNothingIsTwice) {
     bool added = false;
     EXPECT_TRUE(reader->SetAdd({0, "set" + suffix}, "after", &added).ok()) << "commands do not work again";
   }
-  EXPECT_GT(acknowledged, 100U);  // a busy machine writes few
+  EXPECT_GT(acknowledged, 20 * (unknown + refused)) << "two failovers and a move cost a few writes";
   std::printf("%zu elements acknowledged, %zu unknown, %zu refused\n", acknowledged, unknown, refused);
 }
 

@@ -38,13 +38,17 @@ ServerAddress StoreAddress() {
   return options.nodes.front();
 }
 
-std::string Ask(const ServerAddress& server, const std::string& command) {
-  const std::string line = "redis-cli -h " + server.host + " -p " + std::to_string(server.port) + ' ' + command;
+int RunCommand(const std::string& line, std::string* output) {
   std::FILE* pipe = popen(line.c_str(), "r");
-  std::string output;
+  output->clear();
   std::array<char, 4096> piece;
-  while (const std::size_t size = std::fread(piece.data(), 1, piece.size(), pipe)) output.append(piece.data(), size);
-  pclose(pipe);
+  while (const std::size_t size = std::fread(piece.data(), 1, piece.size(), pipe)) output->append(piece.data(), size);
+  return pclose(pipe);
+}
+
+std::string Ask(const ServerAddress& server, const std::string& command) {
+  std::string output;
+  RunCommand("redis-cli -h " + server.host + " -p " + std::to_string(server.port) + ' ' + command, &output);
   while (!output.empty() && (output.back() == '\n' || output.back() == '\r')) output.pop_back();
   return output;
 }

@@ -19,6 +19,8 @@ std::unique_ptr<Engine> OpenStore(std::string_view options = "");
 std::unique_ptr<Engine> OpenNamed(const std::string& name);
 ServerAddress StoreAddress();
 
+// Runs a line of shell. Returns its status, 0 for success, and what it printed.
+int RunCommand(const std::string& line, std::string* output);
 // What a server answers to a command, as redis-cli shows it.
 std::string Ask(const ServerAddress& server, const std::string& command);
 
