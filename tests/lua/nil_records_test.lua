@@ -46,6 +46,19 @@ function TestAccessors:test_without_a_record_nothing_is_stored()
   luaunit.assertEquals(recorder.requests(), {})
 end
 
+-- Another module may make a handle of the class that points nowhere: the same, by way of the fields themselves.
+function TestAccessors:test_a_handle_of_nothing()
+  recorder.reset()
+  each_field(function(field)
+    local handle = support.handle(field.class.mangled, 0)
+    debug.setmetatable(handle, debug.getregistry().SWIG[field.class.name])
+    luaunit.assertNil(handle[field.name], field.name)
+    local value, read_only = value_for(field)
+    if not read_only then handle[field.name] = value end
+  end)
+  luaunit.assertEquals(recorder.requests(), {})
+end
+
 function TestAccessors:test_nil_is_stored_nowhere_either()
   each_field(function(field)
     if (field.kind == "chars" or field.mangled) and field.kind ~= "union" then
