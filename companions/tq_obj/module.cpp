@@ -272,12 +272,12 @@ int ToString(lua_State* L) {
     lua_pushliteral(L, "tq_obj (released)");
     return 1;
   }
-  // A push may run the collector, which may release the object when this handle is not its owner.
+  // A push may run the collector, which may release the object when this handle is not its owner: it then has no value.
   const auto* live = static_cast<const tq_obj*>(object);
   std::size_t length;
   const char* key = tq_obj_key(live, &length);
   PushBytes(L, key, length);
-  const char* value = tq_obj_is_live(object) ? tq_obj_value(live, &length) : nullptr;
+  const char* value = tq_obj_value(live, &length);
   PushBytes(L, value, length);
   int value_index = lua_gettop(L);
   lua_pushliteral(L, "tq_obj(");

@@ -35,7 +35,8 @@ int tq_obj_set_field(tq_obj* object, uint32_t tag, const void* bytes, size_t len
 /* Removing a field that is not there is no failure. */
 int tq_obj_clear_field(tq_obj* object, uint32_t tag);
 
-/* *length may be left out (null). value and field return null when there is none. */
+/* *length may be left out (null). value and field return null when there is none. For what is no live object all
+ * readers return null, or 0: the collector may release the object between two of them. */
 const char* tq_obj_key(const tq_obj* object, size_t* length);
 const char* tq_obj_value(const tq_obj* object, size_t* length);
 const char* tq_obj_field(const tq_obj* object, uint32_t tag, size_t* length);
