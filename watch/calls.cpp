@@ -113,6 +113,7 @@ void DropLeft() {
   Drop(innermost);
 }
 
+// Null without the memory for it.
 Frame* Enter(const Function& function, const Value* arguments, const void* stack) {
   while (innermost != nullptr && innermost->stack <= stack) DropLeft();  // the stack grows downwards
   void* memory = std::calloc(1, sizeof(Frame));
@@ -134,7 +135,9 @@ Frame* Enter(const Function& function, const Value* arguments, const void* stack
   AddArguments(function, arguments, &frame->texts);
   call.texts = frame->texts.c_str();
   call.time = Calendar();
-  return frame;
+  if (frame->key.whole() && frame->texts.whole()) return frame;
+  Drop(frame);
+  return nullptr;
 }
 
 // Puts a fault's answer in the place of the client function's, if that was called.

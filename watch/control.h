@@ -78,7 +78,8 @@ TQ_WATCH_API void tq_watch_reset(void);
 // out of memory.
 TQ_WATCH_API Fault* tq_watch_add_fault(const FaultPlan* plan);
 TQ_WATCH_API std::int64_t tq_watch_fault_hits(const Fault* fault);
-// The last call that the fault changed, as a script would write it, and where that was; null before the first.
+// The last call that the fault changed, as a script would write it, and where that was; null before the first,
+// and without the memory for it.
 TQ_WATCH_API const char* tq_watch_fault_call(const Fault* fault, Position* position);
 TQ_WATCH_API void tq_watch_remove_fault(Fault* fault);
 TQ_WATCH_API void tq_watch_drop_fault(Fault* fault);

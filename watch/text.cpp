@@ -7,10 +7,14 @@
 namespace tq_watch {
 
 void Text::Add(const char* bytes, std::size_t length) {
+  if (!whole_) return;
   if (length_ + length >= capacity_) {
     std::size_t capacity = (length_ + length + 1) * 2;
     auto* grown = static_cast<char*>(std::realloc(bytes_, capacity));
-    if (grown == nullptr) return;
+    if (grown == nullptr) {
+      whole_ = false;
+      return;
+    }
     bytes_ = grown;
     capacity_ = capacity;
   }

@@ -22,7 +22,13 @@ class Text {
   // As a JSON string, whole; a byte above 127 as the character of that number.
   void AddJsonString(const char* bytes, std::size_t length);
 
-  void Clear() { length_ = 0; }
+  void Clear() {
+    length_ = 0;
+    whole_ = true;
+  }
+
+  // All that was added is there.
+  bool whole() const { return whole_; }
 
   const char* c_str() const { return length_ > 0 ? bytes_ : ""; }
   std::size_t length() const { return length_; }
@@ -31,6 +37,7 @@ class Text {
   char* bytes_ = nullptr;
   std::size_t length_ = 0;
   std::size_t capacity_ = 0;
+  bool whole_ = true;
 };
 
 }  // namespace tq_watch

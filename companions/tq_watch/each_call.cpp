@@ -85,6 +85,7 @@ void PushRun(lua_State* L, const Fault* fault, bool raised, lua_Integer leaked) 
   lua_createtable(L, 0, 6);
   Position position;
   const char* text = tq_watch_fault_call(fault, &position);
+  if (text == nullptr) text = "";
   SetString(L, "text", text);
   lua_pushlstring(L, text, std::strcspn(text, "("));
   lua_setfield(L, -2, "call");
