@@ -8,8 +8,9 @@
 
 namespace recorder {
 
-// Redirects the imports of malloc, calloc, realloc, strdup and free of the loaded object with this file name. Only that object
-// is affected, whatever allocator (a sanitizer's, valgrind's) stands behind. Returns the number of imports redirected.
+// Redirects the imports of malloc, calloc, realloc, strdup and free of the loaded object with this file name. Only that
+// object is affected, whatever allocator (a sanitizer's, valgrind's) stands behind. Returns the number of imports
+// redirected.
 int WatchAllocations(const std::string& file_name);
 
 // A zeroed block of the test's own. Blocks of both origins may be freed by either side.
