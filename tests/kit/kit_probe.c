@@ -47,6 +47,18 @@ static int OnThread(lua_State* L) {
   return lua_gettop(L);
 }
 
+/* publish_at_brim(g, object) -> result: publishes in database 0, with no room left on the Lua stack. */
+static int PublishAtBrim(lua_State* L) {
+  tq_global_t* g = PointerAt(L, 1);
+  void* object = PointerAt(L, 2);
+  lua_settop(L, 2);
+  while (lua_gettop(L) < 2 + LUA_MINSTACK) lua_pushnil(L);
+  int result = tq_mom_publish_sync(g, 0, object);
+  lua_settop(L, 0);
+  lua_pushinteger(L, result);
+  return 1;
+}
+
 typedef struct {
   lua_State* L;
   int function;
@@ -95,9 +107,13 @@ static int Unsubscribe(lua_State* L) {
 }
 
 __attribute__((visibility("default"))) int luaopen_kit_probe(lua_State* L) {
-  static const luaL_Reg kFunctions[] = {
-      {"live", Live}, {"sleep", Sleep}, {"on_thread", OnThread}, {"subscribe", Subscribe}, {"unsubscribe", Unsubscribe},
-      {NULL, NULL}};
+  static const luaL_Reg kFunctions[] = {{"live", Live},
+                                        {"sleep", Sleep},
+                                        {"on_thread", OnThread},
+                                        {"publish_at_brim", PublishAtBrim},
+                                        {"subscribe", Subscribe},
+                                        {"unsubscribe", Unsubscribe},
+                                        {NULL, NULL}};
   luaL_newlib(L, kFunctions);
   return 1;
 }

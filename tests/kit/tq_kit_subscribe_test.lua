@@ -94,6 +94,15 @@ function TestSubscribe:testADeepPublisher()
   luaunit.assertEquals(deepest, 30)
 end
 
+-- A callback may call native functions that leave no room on the stack.
+function TestSubscribe:testNoRoomOnTheStack()
+  local g, log = self.g, {}
+  tq_kit.subscribe(g, 0, "outer", function() log[1] = kit.probe.publish_at_brim(g, key("inner", "v")) end)
+  tq_kit.subscribe(g, 0, "inner", function(_, _, text) log[2] = text end)
+  number(1, tq.publish(g, 0, key("outer", "")))
+  luaunit.assertEquals(log, {1, "v"})
+end
+
 -- An error is told to stderr with where it came from; the publisher and the other subscribers do not notice.
 function TestSubscribe:testErrors()
   local text = kit.run_chunk([[

@@ -89,7 +89,7 @@ int CallAt(lua_State* L) {
 int CallAtBrim(lua_State* L) {
   lua_CFunction function = lua_tocfunction(L, 1);
   luaL_argcheck(L, function != nullptr, 1, "C function expected");
-  while (lua_gettop(L) < LUA_MINSTACK) lua_pushboolean(L, 1);
+  while (lua_gettop(L) < 1 + LUA_MINSTACK) lua_pushboolean(L, 1);  // behind the one argument
   function(L);
   return 0;
 }

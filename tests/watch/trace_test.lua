@@ -237,6 +237,12 @@ function TestTrace:test_opened_again()
   luaunit.assertEquals(calls[1].where, where)
 end
 
+-- The library looks for the position on the script's own stack.
+function TestTrace:test_no_room_on_the_stack()
+  luaunit.assertEquals(lines(function() stage.probe.publish_at_brim(self.g, key("k", "v")) end),
+    {'publish(g, 0, "k" = "v") = 0'})
+end
+
 -- Only one thread is watched.
 function TestTrace:test_another_thread()
   local status
