@@ -88,7 +88,7 @@ struct Position {
 
 struct Call {
   const Function* function;
-  const Value* arguments;
+  Value arguments[kMaxParameters];
   Position position;
   const char* key;         // null: none, or it cannot be read
   std::size_t key_length;  // of a key that is not null

@@ -122,7 +122,8 @@ Frame* Enter(const Function& function, const Value* arguments, const void* stack
   innermost = frame;
   Call& call = frame->call;
   call.function = &function;
-  call.arguments = arguments;
+  // A copy: whoever is told of a call that was left is told later.
+  std::memcpy(call.arguments, arguments, static_cast<std::size_t>(function.parameter_count) * sizeof(Value));
   call.position = Here();
   call.database = -1;
   if (function.parameter_count > 1 && function.parameters[1] == Kind::kDatabase) {
