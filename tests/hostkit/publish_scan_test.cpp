@@ -3,6 +3,7 @@
 #include <csetjmp>
 #include <cstdlib>
 #include <functional>
+#include <limits>
 #include <thread>
 
 #include "kit_fixture.h"
@@ -357,6 +358,7 @@ TEST_F(Publishing, SubscribeChecksItsArguments) {
   EXPECT_EQ(tq_kit_subscribe(g, 0, nullptr, Take, nullptr), TQ_MOM_INPUT_ERR);
   EXPECT_EQ(tq_kit_subscribe(g, 0, "*", nullptr, nullptr), TQ_MOM_INPUT_ERR);
   EXPECT_EQ(tq_kit_unsubscribe(nullptr, 1), TQ_MOM_INPUT_ERR);
+  EXPECT_EQ(tq_kit_unsubscribe(g, std::numeric_limits<int>::max()), TQ_MOM_INPUT_ERR);
   Restart("");
   EXPECT_EQ(tq_kit_subscribe(g, 0, "*", Take, nullptr), TQ_MOM_NO_READY);
 }

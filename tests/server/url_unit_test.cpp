@@ -65,6 +65,7 @@ TEST(ServerUrl, MalformedOnesAreRefusedWithoutBeingQuoted) {
       "redis://:pa55word%4@host",
       "redis://:%zzpa55word@h",
       "redis://:%00pa55word@h",
+      "redis://%zz:pa55word@h",
       "redis://[::1pa55word",
       "redis://:pa55word@[::1]7",
       "redis+unix://",
