@@ -302,6 +302,10 @@ TEST_F(EngineDoubles, AStoreThatFailsSaysSo) {
     faulty->only = method;
     EXPECT_EQ(tq_kit_clear(g, 0), TQ_MOM_NO_READY) << method;
   }
+  int deletes = 0;
+  faulty->fault = [&] { return ++deletes == 1 ? Status(StatusCode::kUnavailable, "gone") : Status(); };
+  EXPECT_EQ(tq_kit_clear(g, 0), TQ_MOM_NO_READY);
+  EXPECT_EQ(deletes, 1) << "it goes no further";
 }
 
 TEST_F(EngineDoubles, WhatIsPrintedFailsWithItsParts) {

@@ -26,6 +26,8 @@ class Nodes {
   // The node's next turns; the last one goes on for ever.
   void At(int port, std::vector<Turn> turns) { turns_[port] = std::move(turns); }
   std::vector<std::string>& log() { return log_; }
+  // The same with all words of the commands.
+  const std::vector<std::string>& whole_log() const { return whole_log_; }
   std::chrono::microseconds slept{0};
 
   Router::LinkMaker Maker() {
@@ -43,8 +45,13 @@ class Nodes {
     Delivery Exchange(std::span<const ServerCommand* const> commands, const CallEnd& /*end*/,
                       std::vector<ReplyPtr>* replies, std::string* why) override {
       std::string line = std::to_string(port_);
-      for (const ServerCommand* command : commands) line += ' ' + std::string((*command)[0]);
+      std::string whole = line;
+      for (const ServerCommand* command : commands) {
+        line += ' ' + std::string((*command)[0]);
+        for (std::size_t word = 0; word < command->size(); ++word) whole += ' ' + std::string((*command)[word]);
+      }
       nodes_.log_.push_back(line);
+      nodes_.whole_log_.push_back(whole);
       replies->clear();
       std::vector<Turn>& turns = nodes_.turns_[port_];
       if (turns.empty()) {
@@ -74,6 +81,7 @@ class Nodes {
 
   std::map<int, std::vector<Turn>> turns_;
   std::vector<std::string> log_;
+  std::vector<std::string> whole_log_;
 };
 
 // Slots up to 8191 at one port, the others at another.

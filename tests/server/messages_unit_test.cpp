@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "hostkit/server_engine.h"
@@ -155,6 +156,20 @@ TEST_F(MessagesTest, APublishBringsItsOwnMessageAndKeepsTheOthers) {
   EXPECT_TRUE(engine->Publish({0, "news"}, "own", &receivers).ok());
   EXPECT_EQ(receivers, 1);
   EXPECT_EQ(Arrived(4), (Log{"news=own", "news!=own", "news=other", "news=own"}));
+}
+
+TEST_F(MessagesTest, APublishWaitsForItsOwnMessageAmongOthers) {
+  ASSERT_TRUE(engine->Subscribe(kNews).ok());
+  server.On("PUBLISH", {{":1\r\n"}});
+  server.Say(Arriving("0:news!", "own") + Arriving("0:news", "other"));
+  std::thread later([&] {
+    std::this_thread::sleep_for(milliseconds(100));
+    server.Say(Arriving("0:news", "own"));
+  });
+  EXPECT_TRUE(engine->Publish({0, "news"}, "own", &receivers).ok());
+  EXPECT_TRUE(engine->Poll(milliseconds(0), &messages).ok());
+  EXPECT_EQ(messages.size(), 3U);
+  later.join();
 }
 
 TEST_F(MessagesTest, APublishWhoseOwnMessageStaysAwayHasBeenDone) {

@@ -174,6 +174,8 @@ TEST_F(ScanTest, AReplicaIsWalkedInPlaceOfItsLostMaster) {
   nodes.At(1, {before, kSize, after, after, Page("0", {"x"}), NodesLine(""), after});
   nodes.At(3, {Page("0", {"c", "b"}), NodesLine("")});
   EXPECT_EQ(Visit(), (Names{"a", "b", "c", "x"}));
+  const Names& log = nodes.whole_log();
+  EXPECT_EQ(std::count(log.begin(), log.end(), "3 SCAN 0 MATCH 0:* COUNT 10"), 1) << "from its beginning";
 }
 
 TEST_F(ScanTest, SlotsThatStayOnTheMoveEndItInTime) {
