@@ -54,6 +54,7 @@ TEST(Glob, Sets) {
   EXPECT_FALSE(GlobMatches("[Z-\\]]", "^"));
   EXPECT_FALSE(GlobMatches("[Z-\\]]", "\\]")) << "the escaped bracket does not end the set";
   EXPECT_TRUE(GlobMatches("[a-\\]]", "^")) << "a range goes either way";
+  EXPECT_FALSE(GlobMatches("[a-\\]]", "\\")) << "the escape is not the range's end";
   EXPECT_TRUE(GlobMatches("[\xf0-\xff]", "\xf8"));
   EXPECT_FALSE(GlobMatches("[a]", ""));
 }

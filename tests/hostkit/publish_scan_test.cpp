@@ -239,6 +239,17 @@ TEST_F(Scans, CanBeLeftByLongjmpOnAnotherThread) {
   Restart("");
 }
 
+// Whichever of the two stacks is the higher one.
+TEST_F(Scans, LeftByLongjmpDoNotKeepTheRuntimeFromAnotherThread) {
+  ScanAndJump(g, Obj("*"));
+  EXPECT_EQ(Frames(), 1U);
+  int status = TQ_MOM_ERR;
+  std::thread([&] { status = tq_global_finish(g); }).join();
+  EXPECT_EQ(status, TQ_MOM_OK);
+  g = nullptr;
+  Restart("");
+}
+
 // A runtime that a callback ended would be pulled from under the call.
 TEST_F(Scans, CannotEndTheRuntime) {
   const Obj pattern("*");
