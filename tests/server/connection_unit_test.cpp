@@ -1,6 +1,9 @@
 // A connection to a server that does what it is told to.
+#include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <sys/time.h>
 
 #include <chrono>
@@ -49,6 +52,21 @@ TEST_F(ConnectionTest, ItLogsInFirst) {
   options.user = "ann";
   EXPECT_EQ(Login("+OK\r\n"), Delivery::kAnswered) << why;
   EXPECT_EQ(server.Log(), (std::vector<std::string>{"AUTH secret", "PING", "AUTH ann secret", "PING"}));
+}
+
+// A program that the process starts does not get the connection.
+TEST_F(ConnectionTest, ItsSocketIsNotInherited) {
+  ASSERT_EQ(connection.Open(CallEnd(milliseconds(2000)), &why), Delivery::kAnswered) << why;
+  int sockets = 0;
+  for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+    sockaddr_in peer = {};
+    socklen_t size = sizeof peer;
+    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &size) != 0) continue;
+    if (peer.sin_family != AF_INET || ntohs(peer.sin_port) != server.port()) continue;
+    ++sockets;
+    EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+  }
+  EXPECT_EQ(sockets, 1);
 }
 
 TEST_F(ConnectionTest, ARefusedLoginSendsNothing) {
