@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -62,7 +63,11 @@ bool Run(const std::string& path, int rounds, unsigned int seed) {
   const hostkit::SystemClock clock;
   std::minstd_rand random(seed);
   int version = 1;
+  const auto start = std::chrono::steady_clock::now();
   if (!hostkit::WriteSnapshot(path, clock, StoreOf(version)).ok()) return Fail(0, seed, "cannot write");
+  // A process lives for a few saves at most, as long as one takes here.
+  const auto longest =
+      4 * std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
   int news = 0;
   for (int round = 1; round <= rounds; ++round) {
     int ends[2];
@@ -70,7 +75,7 @@ bool Run(const std::string& path, int rounds, unsigned int seed) {
     const pid_t child = fork();
     if (child == 0) SaveForEver(path, version + 1, ends[1]);
     close(ends[1]);
-    usleep(static_cast<useconds_t>(random() % 20000));
+    usleep(static_cast<useconds_t>(random() % static_cast<std::uint64_t>(longest.count())));
     kill(child, SIGKILL);
     int ended = 0;
     waitpid(child, &ended, 0);
