@@ -1,7 +1,6 @@
 // The records that every native module of this kind in an interpreter reads and writes: plain C layouts, fields in this
 // order, nothing hidden. Changing any of them breaks the other modules.
-#ifndef TQ_BINDING_ABI_H
-#define TQ_BINDING_ABI_H
+#pragma once
 
 #if __cplusplus <= 201703L
 #error "tq_mom_sync needs C++20, not C++17"
@@ -108,5 +107,3 @@ struct Handle {
 };
 
 }  // namespace binding
-
-#endif

@@ -1,6 +1,5 @@
 // The errors of misuse.
-#ifndef TQ_BINDING_ARGUMENTS_H
-#define TQ_BINDING_ARGUMENTS_H
+#pragma once
 
 #include "binding/handles.h"
 #include "binding/numbers.h"
@@ -26,5 +25,3 @@ using Piece = const char*;
 [[noreturn]] void RaiseBare(lua_State* L, const char* message);
 
 }  // namespace binding
-
-#endif

@@ -1,6 +1,5 @@
 // Lua classes built from class records: the metatable of their objects and the table that constructs them.
-#ifndef TQ_BINDING_CLASSES_H
-#define TQ_BINDING_CLASSES_H
+#pragma once
 
 #include "binding/namespaces.h"
 
@@ -14,5 +13,3 @@ void RegisterClass(lua_State* L, const ClassRecord& record, const Shared& shared
 int CallInheritedMetamethod(lua_State* L);
 
 }  // namespace binding
-
-#endif

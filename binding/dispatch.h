@@ -1,6 +1,5 @@
 // The Lua functions behind obj.field, obj.field = value and Class().
-#ifndef TQ_BINDING_DISPATCH_H
-#define TQ_BINDING_DISPATCH_H
+#pragma once
 
 #include "binding/in_place.h"
 
@@ -17,5 +16,3 @@ void PushConstructorProxy(lua_State* L, const ClassRecord& record);
 void SetInPlace(const InPlace& functions);
 
 }  // namespace binding
-
-#endif

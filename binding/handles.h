@@ -1,6 +1,5 @@
 // Native pointers as Lua values. What pushes a handle leaves one value and needs five free stack slots.
-#ifndef TQ_BINDING_HANDLES_H
-#define TQ_BINDING_HANDLES_H
+#pragma once
 
 #include "binding/abi.h"
 
@@ -125,5 +124,3 @@ int TypeNameOf(lua_State* L);
 int Equals(lua_State* L);
 
 }  // namespace binding
-
-#endif

@@ -6,8 +6,7 @@
 // errors are the same. A debugger that counts calls (a hook) gets the real call, too, and so does every function of
 // another module. Only the address can tell which functions are the module's: a script may put any C function into the
 // tables.
-#ifndef TQ_BINDING_IN_PLACE_H
-#define TQ_BINDING_IN_PLACE_H
+#pragma once
 
 #include "binding/abi.h"
 #include "binding/numbered.h"
@@ -20,14 +19,12 @@ struct InPlace {
   NumberedFunctions setters;
   NumberedFunctions constructors;
   // Pushes the field's value. The handle is that of the object.
-  bool (*get)(lua_State* L, const Handle& handle, unsigned number);
+  bool (*get)(lua_State* L, const Handle& handle, std::size_t number);
   // Sets the field to the value at the index.
-  bool (*set)(lua_State* L, const Handle& handle, unsigned number, int value);
+  bool (*set)(lua_State* L, const Handle& handle, std::size_t number, int value);
   // Pushes the object that the constructor makes without arguments. The running function has the HandleUpvalues of its
   // class.
-  bool (*construct)(lua_State* L, unsigned number);
+  bool (*construct)(lua_State* L, std::size_t number);
 };
 
 }  // namespace binding
-
-#endif

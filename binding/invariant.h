@@ -1,7 +1,6 @@
 // Checks that hold unless the runtime itself, or a script that rewires its metatables, is broken. They stay in release
 // builds and end the process through the C library's assertion failure.
-#ifndef TQ_BINDING_INVARIANT_H
-#define TQ_BINDING_INVARIANT_H
+#pragma once
 
 namespace binding {
 
@@ -17,5 +16,3 @@ extern const char* assertion_source;
   (__builtin_expect(!!(condition), 1) ? (void)0 : binding::FailInvariant(text, __LINE__, __func__))
 
 #define TQ_INVARIANT_TABLE(condition) TQ_INVARIANT(condition, "(lua_type(L, (-1)) == 5)")
-
-#endif

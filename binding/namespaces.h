@@ -1,6 +1,5 @@
 // Lua tables built from namespace records: functions and constants as plain fields, variables behind getters.
-#ifndef TQ_BINDING_NAMESPACES_H
-#define TQ_BINDING_NAMESPACES_H
+#pragma once
 
 #include "binding/abi.h"
 
@@ -70,5 +69,3 @@ int CountNamed(const Entry* entries) {
 int SetImmutable(lua_State* L);
 
 }  // namespace binding
-
-#endif

@@ -5,8 +5,7 @@
 // it is found by its number, and its number by its address. No compiler gives such functions: those of a template are
 // aligned, have unwind entries and lie where they please. Processors without stubs here, and builds with
 // TQ_PORTABLE_STUBS, take a table of template instances.
-#ifndef TQ_BINDING_NUMBERED_H
-#define TQ_BINDING_NUMBERED_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -59,8 +58,8 @@ class NumberedFunctions {
 #ifdef TQ_STUB_SIZE
   constexpr NumberedFunctions(const char* stubs, unsigned count) : stubs_(stubs), count_(count) {}
 
-  lua_CFunction At(unsigned number) const {
-    return reinterpret_cast<lua_CFunction>(const_cast<char*>(stubs_ + std::size_t{number} * TQ_STUB_SIZE + kThumbBit));
+  lua_CFunction At(std::size_t number) const {
+    return reinterpret_cast<lua_CFunction>(const_cast<char*>(stubs_ + number * TQ_STUB_SIZE + kThumbBit));
   }
   // Not below count() for every other function.
   std::size_t NumberOf(lua_CFunction function) const {
@@ -78,7 +77,7 @@ class NumberedFunctions {
 #else
   constexpr NumberedFunctions(const lua_CFunction* functions, unsigned count) : functions_(functions), count_(count) {}
 
-  lua_CFunction At(unsigned number) const { return functions_[number]; }
+  lua_CFunction At(std::size_t number) const { return functions_[number]; }
   // The address tells nothing.
   std::size_t NumberOf(lua_CFunction) const { return count_; }
 
@@ -91,7 +90,7 @@ class NumberedFunctions {
 }  // namespace binding
 
 // Defines the constant `name`, NumberedFunctions of the body, which is an extern "C" function
-//     int body(lua_State* L, unsigned number)
+//     int body(lua_State* L, std::size_t number)
 #ifdef TQ_STUB_SIZE
 #define TQ_NUMBERED_FUNCTIONS(name, body, number_of_them)                                                     \
   static_assert((number_of_them) <= 256, "A stub loads its number in one instruction, which takes 0 to 255"); \
@@ -105,19 +104,16 @@ class NumberedFunctions {
 #else
 namespace binding {
 
-template <int (*body)(lua_State*, unsigned), unsigned... number>
+template <int (*body)(lua_State*, std::size_t), std::size_t... number>
 constexpr lua_CFunction kNumbered[] = {[](lua_State* L) { return body(L, number); }...};
 
-template <int (*body)(lua_State*, unsigned), unsigned... number>
-constexpr NumberedFunctions MakeNumbered(std::integer_sequence<unsigned, number...>) {
+template <int (*body)(lua_State*, std::size_t), std::size_t... number>
+constexpr NumberedFunctions MakeNumbered(std::index_sequence<number...>) {
   return {kNumbered<body, number...>, sizeof...(number)};
 }
 
 }  // namespace binding
 
 #define TQ_NUMBERED_FUNCTIONS(name, body, number_of_them) \
-  constexpr binding::NumberedFunctions name =             \
-      binding::MakeNumbered<body>(std::make_integer_sequence<unsigned, (number_of_them)>())
-#endif
-
+  constexpr binding::NumberedFunctions name = binding::MakeNumbered<body>(std::make_index_sequence<(number_of_them)>())
 #endif

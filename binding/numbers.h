@@ -1,6 +1,5 @@
 // Numbers between Lua and C, written so that a processor without floating point needs none of the compiler's routines.
-#ifndef TQ_BINDING_NUMBERS_H
-#define TQ_BINDING_NUMBERS_H
+#pragma once
 
 #include <bit>
 #include <cstdint>
@@ -14,7 +13,7 @@ bool ToIntSlow(lua_State* L, int index, int* value);
 bool ToUnsignedSlow(lua_State* L, int index, std::uint32_t* value);
 bool ToInt64(lua_State* L, int index, std::int64_t* value);
 
-inline bool ToInt(lua_State* L, int index, int* value) {
+[[gnu::always_inline]] inline bool ToInt(lua_State* L, int index, int* value) {
   int is_integer;
   lua_Integer integer = lua_tointegerx(L, index, &is_integer);
   if (!is_integer) return ToIntSlow(L, index, value);
@@ -74,5 +73,3 @@ template <class Integer>
 }
 
 }  // namespace binding
-
-#endif

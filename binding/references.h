@@ -1,6 +1,5 @@
 // Lua values that native code keeps in the registry, for callbacks. Exported, for other native code.
-#ifndef TQ_BINDING_REFERENCES_H
-#define TQ_BINDING_REFERENCES_H
+#pragma once
 
 #include <lua.hpp>
 
@@ -20,5 +19,3 @@ struct CallbackReference {
 [[gnu::visibility("default")]] void swiglua_ref_clear(CallbackReference* reference);
 
 }  // extern "C"
-
-#endif

@@ -1,6 +1,5 @@
 // Opening a module of this kind.
-#ifndef TQ_BINDING_STARTUP_H
-#define TQ_BINDING_STARTUP_H
+#pragma once
 
 #include "binding/abi.h"
 #include "binding/in_place.h"
@@ -21,5 +20,3 @@ struct Module {
 void OpenModule(lua_State* L, const Module& module);
 
 }  // namespace binding
-
-#endif

@@ -7,27 +7,22 @@ namespace {
 
 constexpr char kRingKey[] = "swig_runtime_data_type_pointer4";
 
-// Walks the ring from a record until it comes back to `stop`. A second interpreter may have linked our record into
-// another ring, so that the walk never meets `stop`: a trailing pointer at half the speed notices when it goes round.
-class RingWalk {
- public:
-  RingWalk(ModuleRecord* start, const ModuleRecord* stop) : current_(start), trailing_(start), stop_(stop) {}
-
-  ModuleRecord* current() const { return current_; }
-
-  bool Next() {
-    current_ = current_->next_module;
-    if (advance_trailing_) trailing_ = trailing_->next_module;
-    advance_trailing_ = !advance_trailing_;
-    return current_ != stop_ && current_ != trailing_;
-  }
-
- private:
-  ModuleRecord* current_;
-  ModuleRecord* trailing_;
-  const ModuleRecord* stop_;
-  bool advance_trailing_ = false;
-};
+// Visits the modules from `start` around the ring up to `stop`, until a visit returns something. A second interpreter
+// may have linked our record into another ring, so that the walk never meets `stop`: a trailing pointer at half the
+// speed notices when it goes round.
+template <class Visit>
+auto FindInRing(ModuleRecord* start, const ModuleRecord* stop, Visit visit) {
+  ModuleRecord* trailing = start;
+  ModuleRecord* current = start;
+  bool advance_trailing = false;
+  do {
+    if (auto found = visit(*current)) return found;
+    current = current->next_module;
+    if (advance_trailing) trailing = trailing->next_module;
+    advance_trailing = !advance_trailing;
+  } while (current != stop && current != trailing);
+  return decltype(visit(*current))();
+}
 
 ModuleRecord* RingHead(lua_State* L) {
   lua_pushstring(L, kRingKey);
@@ -58,11 +53,7 @@ TypeDescriptor* FindMangled(const ModuleRecord& module, const char* name) {
 
 // Searches the modules from `start` around the ring, up to but not including `stop`.
 TypeDescriptor* FindMangled(ModuleRecord* start, const ModuleRecord* stop, const char* name) {
-  RingWalk walk(start, stop);
-  do {
-    if (TypeDescriptor* type = FindMangled(*walk.current(), name)) return type;
-  } while (walk.Next());
-  return nullptr;
+  return FindInRing(start, stop, [&](const ModuleRecord& module) { return FindMangled(module, name); });
 }
 
 const char* SkipBlanks(const char* text) { return text + std::strspn(text, " "); }
@@ -85,18 +76,18 @@ bool IsAlternative(const char* wanted, const char* alternatives) {
   }
 }
 
+TypeDescriptor* FindReadable(const ModuleRecord& module, const char* name) {
+  for (std::size_t i = 0; i < module.type_count; ++i) {
+    TypeDescriptor* type = module.type_table[i];
+    if (type != nullptr && type->readable_name != nullptr && IsAlternative(name, type->readable_name)) return type;
+  }
+  return nullptr;
+}
+
 TypeDescriptor* FindType(ModuleRecord* head, const char* name) {
   if (head == nullptr) return nullptr;
   if (TypeDescriptor* type = FindMangled(head, head, name)) return type;
-  RingWalk walk(head, head);
-  do {
-    const ModuleRecord& module = *walk.current();
-    for (std::size_t i = 0; i < module.type_count; ++i) {
-      TypeDescriptor* type = module.type_table[i];
-      if (type != nullptr && type->readable_name != nullptr && IsAlternative(name, type->readable_name)) return type;
-    }
-  } while (walk.Next());
-  return nullptr;
+  return FindInRing(head, head, [&](const ModuleRecord& module) { return FindReadable(module, name); });
 }
 
 void PushFront(TypeDescriptor* type, CastEntry* entry) {
@@ -126,10 +117,7 @@ CastEntry* FindCastByName(TypeDescriptor* type, const char* mangled_name) {
 
 // Enters the module into the ring, right after its head; false when it is in there already.
 bool EnterRing(ModuleRecord* head, ModuleRecord* module) {
-  RingWalk walk(head, head);
-  do {
-    if (walk.current() == module) return false;
-  } while (walk.Next());
+  if (FindInRing(head, head, [&](const ModuleRecord& other) { return &other == module; })) return false;
   module->next_module = head->next_module;
   head->next_module = module;
   return true;

@@ -1,6 +1,5 @@
 // The ring of type tables that the modules of this kind in one interpreter share.
-#ifndef TQ_BINDING_TYPE_REGISTRY_H
-#define TQ_BINDING_TYPE_REGISTRY_H
+#pragma once
 
 #include "binding/abi.h"
 
@@ -20,5 +19,3 @@ void ResolveBases(lua_State* L, const ModuleRecord& module);
 CastEntry* FindCast(TypeDescriptor* expected, const TypeDescriptor* actual);
 
 }  // namespace binding
-
-#endif

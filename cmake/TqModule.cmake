@@ -62,7 +62,7 @@ endfunction()
 # The options that single files of the module have beside. Properties of files hold in one directory: each that compiles
 # them calls this.
 function(tq_tune_module_sources)
-  set(fast binding/dispatch.cpp commands/arrays.cpp commands/command.cpp commands/commands.cpp)
+  set(fast binding/dispatch.cpp commands/arrays.cpp commands/commands.cpp commands/invoke.cpp)
   list(TRANSFORM fast PREPEND ${PROJECT_SOURCE_DIR}/)
   if(TQ_THUMB)
     # Most of a call's time is spent here, and Thumb code takes more instructions.

@@ -11,11 +11,27 @@ namespace {
 // Elements are fetched in groups: one pop for all of them, and the group fits the stack that Lua guarantees.
 constexpr std::size_t kGroup = 8;
 
+bool Convert(lua_State* L, std::int32_t* value) {
+  if (!lua_isinteger(L, -1)) return false;
+  *value = static_cast<std::int32_t>(static_cast<std::uint32_t>(lua_tointeger(L, -1)));
+  return true;
+}
+bool Convert(lua_State* L, double* value) {
+  int is_number;
+  *value = lua_tonumberx(L, -1, &is_number);
+  return is_number != 0;
+}
+bool Convert(lua_State* L, void** value) {
+  const binding::Handle* handle = binding::HandleAt(L, -1);
+  *value = handle != nullptr ? handle->pointer : nullptr;
+  return handle != nullptr || lua_isnil(L, -1);
+}
+
 // Builds an array with room for `spare` elements more than the table holds: the client library has always been given
-// scores and members with room for one more. `convert` takes the value at a stack index.
-template <class T, class Convert>
+// scores and members with room for one more.
+template <class T>
 const char* Build(lua_State* L, int index, std::size_t spare, void** elements, int* count, const char* no_table,
-                  const char* bad_element, Convert convert) {
+                  const char* bad_element) {
   *elements = nullptr;
   *count = 0;
   if (!lua_istable(L, index)) return no_table;
@@ -30,7 +46,7 @@ const char* Build(lua_State* L, int index, std::size_t spare, void** elements, i
     std::size_t end = length - i < kGroup ? length : i + kGroup;
     for (; i < end; ++i) {
       lua_rawgeti(L, index, static_cast<lua_Integer>(i + 1));
-      if (!convert(L, -1, &block[i])) {
+      if (!Convert(L, &block[i])) {
         std::free(block);
         lua_settop(L, top);
         return bad_element;
@@ -46,31 +62,15 @@ const char* Build(lua_State* L, int index, std::size_t spare, void** elements, i
 }  // namespace
 
 const char* BuildIntegers(lua_State* L, int index, void** elements, int* count) {
-  return Build<std::int32_t>(L, index, 0, elements, count, "input error, errcode_1", "input error, errcode_3",
-                             [](lua_State* state, int element, std::int32_t* value) {
-                               if (!lua_isinteger(state, element)) return false;
-                               *value =
-                                   static_cast<std::int32_t>(static_cast<std::uint32_t>(lua_tointeger(state, element)));
-                               return true;
-                             });
+  return Build<std::int32_t>(L, index, 0, elements, count, "input error, errcode_1", "input error, errcode_3");
 }
 
 const char* BuildScores(lua_State* L, int index, void** elements, int* count) {
-  return Build<double>(L, index, 1, elements, count, "input error, expect array", "input error",
-                       [](lua_State* state, int element, double* value) {
-                         int is_number;
-                         *value = lua_tonumberx(state, element, &is_number);
-                         return is_number != 0;
-                       });
+  return Build<double>(L, index, 1, elements, count, "input error, expect array", "input error");
 }
 
 const char* BuildMembers(lua_State* L, int index, void** elements, int* count) {
-  return Build<void*>(L, index, 1, elements, count, "input error, expect array", "input error",
-                      [](lua_State* state, int element, void** value) {
-                        const binding::Handle* handle = binding::HandleAt(state, element);
-                        *value = handle != nullptr ? handle->pointer : nullptr;
-                        return handle != nullptr || lua_isnil(state, element);
-                      });
+  return Build<void*>(L, index, 1, elements, count, "input error, expect array", "input error");
 }
 
 }  // namespace tq_mom

@@ -1,6 +1,5 @@
 // Lua tables as native arrays.
-#ifndef TQ_COMMANDS_ARRAYS_H
-#define TQ_COMMANDS_ARRAYS_H
+#pragma once
 
 #include <lua.hpp>
 
@@ -18,5 +17,3 @@ const char* BuildScores(lua_State* L, int index, void** elements, int* count);
 const char* BuildMembers(lua_State* L, int index, void** elements, int* count);
 
 }  // namespace tq_mom
-
-#endif

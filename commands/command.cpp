@@ -1,20 +1,16 @@
 #include "commands/command.h"
 
-#include "commands/commands.h"
-
 namespace tq_mom {
 namespace {
 
 // A command as messages name it.
 Callee Describe(const CommandRow& command) {
   const char* name = CommandName(command);
-  Callee callee{{command.client_name.prefix(), name, command.client_name.suffix(), nullptr},
-                {name, nullptr},
-                {},
-                command.count,
-                Spelling::kTypedef};
-  for (int i = 0; i < command.count; ++i) callee.parameters[i] = command.parameters[i];
-  return callee;
+  return {{command.client_name.prefix(), name, command.client_name.suffix(), nullptr},
+          {name, nullptr},
+          command.parameters,
+          command.count,
+          Spelling::kTypedef};
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 // Binds client functions to Lua: a command is one line, with the signature that a script sees.
 //
 //     TQ_COMMAND(lset, tq_mom_lset_sync, int(Store, int, Key, int))
-#ifndef TQ_COMMANDS_COMMAND_H
-#define TQ_COMMANDS_COMMAND_H
+#pragma once
 
 #include <cstdlib>
 #include <utility>
@@ -23,9 +22,10 @@ struct ClientName {
     std::string_view suffix = client.substr(start + lua.size());
     return std::string_view(kPrefix).ends_with(client.substr(0, start)) && (suffix.empty() || suffix == kSuffix);
   }
-  constexpr ClientName(std::string_view client, std::string_view lua)
-      : cut(static_cast<std::uint8_t>((sizeof(kPrefix) - 1 - client.find(lua)) << 4 |
-                                      (client.ends_with(kSuffix) ? 0 : sizeof(kSuffix) - 1))) {}
+  static constexpr ClientName Of(std::string_view client, std::string_view lua) {
+    return {static_cast<std::uint8_t>((sizeof(kPrefix) - 1 - client.find(lua)) << 4 |
+                                      (client.ends_with(kSuffix) ? 0 : sizeof(kSuffix) - 1))};
+  }
 
   const char* prefix() const { return kPrefix + (cut >> 4); }
   const char* suffix() const { return kSuffix + (cut & 15); }
@@ -37,24 +37,30 @@ struct ClientName {
 struct CommandRow {
   std::uint16_t name;  // the Lua function's, among the names of all
   ClientName client_name;
-  std::uint8_t count : 5;
+  std::uint8_t count : 4;
+  bool starts : 1;        // with a runtime and a database
   bool makes_handle : 1;  // as its first result
   bool has_out : 1;
   bool has_arrays : 1;
-  std::uint8_t runner;
-  TypeId result;  // of the handles it makes, or kVoid
-  Parameter parameters[kMaxParameters];
+  std::uint8_t invoker;  // its place among the different ones
+  TypeId result;         // of the handles it makes, or kVoid
+  Parameters parameters;
 };
 
 using ClientFunction = void (*)();
 
+struct BoundCommand {
+  CommandRow row;
+  ClientFunction client;
+};
+
+// Reads the arguments, calls the client function and pushes its results.
+using Invoker = int (*)(lua_State* L, const BoundCommand& bound);
+
 // An integer or a pointer. A machine of 32 bits passes and returns all of them alike.
 using Word = std::uintptr_t;
-
 // Calls a client function with what is in the slots.
-using Caller = Word (*)(lua_State* L, ClientFunction client, const Slot* slots);
-// Reads the arguments, calls the client function and pushes its results.
-using Invoker = int (*)(lua_State* L, const CommandRow& command, ClientFunction client);
+using Caller = Word (*)(ClientFunction client, const Slot* slots);
 
 // Raise the errors of a wrong count and of an argument that cannot be converted. The latter frees the arrays among the
 // slots before it; `error` is its text where it has one of its own.
@@ -129,33 +135,23 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
   return slot + 1;
 }
 
-// Converts the Lua arguments from left to right, or raises the error of the first that is wrong. The arrays among the
-// slots are the caller's. Returns the end of the slots.
-[[gnu::always_inline]] inline Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
-  Slot* slot = slots;
-  for (int index = 1; index <= command.count; ++index) {
-    Parameter parameter = command.parameters[index - 1];
-    slot = ReadArgument(L, command, index, parameter.kind(), parameter.type(), slots, slot);
-  }
-  return slot;
+// The same for the word of a signature.
+template <class Word>
+[[gnu::always_inline]] inline Slot* ReadWord(lua_State* L, const CommandRow& command, int index, Slot* slots,
+                                             Slot* slot) {
+  constexpr Parameter kParameter = Meaning<Word>::kParameter;
+  return ReadArgument(L, command, index, kParameter.kind(), command.parameters[index - 1].type(), slots, slot);
 }
 
-// The same, with code of its own for each kind: faster by a quarter of a short command, and several KiB larger for all.
-template <class... Word>
-[[gnu::always_inline]] inline void ReadWords(lua_State* L, const CommandRow& command, Slot* slots) {
-  int index = 0;
-  Slot* slot = slots;
-  (
-      [&] {
-        if constexpr (!Meaning<Word>::kIsOut) {
-          constexpr Parameter kParameter = Meaning<Word>::kParameter;
-          ++index;
-          TypeId type = std::is_same_v<Word, Store> ? kParameter.type() : command.parameters[index - 1].type();
-          slot = ReadArgument(L, command, index, kParameter.kind(), type, slots, slot);
-        }
-      }(),
-      ...);
+// Reads the runtime and the database with which most commands start.
+inline void ReadStart(lua_State* L, const CommandRow& command, Slot* slots) {
+  ReadArgument(L, command, 1, Kind::kHandle, kTypeOf<tq_global_t>, slots, &slots[0]);
+  ReadArgument(L, command, 2, Kind::kInt, kVoid, slots, &slots[1]);
 }
+
+// Converts the Lua arguments from left to right, or raises the error of the first that is wrong. The arrays among the
+// slots are the caller's. Returns the end of the slots.
+Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots);
 
 // Frees the arrays among the slots of the first `count` arguments.
 inline void FreeArrays(const CommandRow& command, int count, const Slot* slot) {
@@ -167,10 +163,9 @@ inline void FreeArrays(const CommandRow& command, int count, const Slot* slot) {
 // Pushes the handle for a pointer result. That comes before the call, as it may raise an error, which must find nothing
 // of the client's to lose.
 inline binding::Handle* PushResultHandle(lua_State* L, const CommandRow& command) {
-  binding::TypeDescriptor* type = Type(command.result);
-  if (command.result == kTypeOf<tq_obj>) return binding::PushEmptyHandle(L, type);  // no class of this module's
-  binding::PushClassTableOfClosure(L);
-  return binding::PushEmptyClassHandle(L, type, ClassName(command.result), binding::kClassTableOnTop);
+  bool has_class = command.result != kTypeOf<tq_obj>;
+  if (has_class) binding::PushClassTableOfClosure(L);
+  return binding::PushEmptyClassHandle(L, Type(command.result), ClassName(command.result), binding::kClassTableOnTop);
 }
 
 inline void FillResultHandle(lua_State* L, binding::Handle* handle, void* result) {
@@ -181,128 +176,105 @@ inline void FillResultHandle(lua_State* L, binding::Handle* handle, void* result
   }
 }
 
-// Whether a command has a caller of its own.
-template <Caller caller>
-constexpr bool kIsOwn =
-    !std::is_same_v<std::integral_constant<Caller, caller>, std::integral_constant<Caller, nullptr>>;
+template <class Result, class... Native, std::size_t... i>
+[[gnu::always_inline]] inline Result CallClient(ClientFunction client, const Slot* slots, List<Native...>,
+                                                std::index_sequence<i...>) {
+  return reinterpret_cast<Result (*)(Native...)>(client)(slots[i].template Get<Native>()...);
+}
 
-// Fast: an invoker for each list of words. Pointers to records are all the same in it, so that one serves all commands
-// that differ in record types only; but a runtime comes first in nearly all, so its type is known.
-template <Caller caller, class Result, class Words, class Natives>
-struct FastInvoker;
-
-template <Caller caller, class Result, class... Word, class... Native>
-struct FastInvoker<caller, Result, List<Word...>, List<Native...>> {
-  static int Invoke(lua_State* L, const CommandRow& command, ClientFunction client) {
-    constexpr int kCount = (0 + ... + int{!Meaning<Word>::kIsOut});
-    constexpr bool kHasOut = kCount != sizeof...(Word);
-    if (lua_gettop(L) != kCount) RejectCount(L, command);
-    binding::Handle* handle = nullptr;
-    if constexpr (std::is_pointer_v<Result>) handle = PushResultHandle(L, command);
-    Slot slots[sizeof...(Native)];
-    ReadWords<Word...>(L, command, slots);
-    int out = 0;
-    if constexpr (kHasOut) slots[sizeof...(Native) - 1].pointer = &out;
-    Result result = Call(L, client, slots, std::index_sequence_for<Native...>());
-    const Slot* slot = slots;
-    ((IsArray(Meaning<Word>::kParameter.kind()) ? std::free(slot->pointer) : void(),
-      slot += Meaning<Word>::Natives::kCount),
-     ...);
-    if constexpr (std::is_pointer_v<Result>) {
-      FillResultHandle(L, handle, result);
-    } else {
-      binding::PushNumber(L, result);
-    }
-    if constexpr (kHasOut) binding::PushNumber(L, out);
-    return 1 + kHasOut;
+// Fast: an invoker for each signature. Pointers to records are all the same in it, so that one serves all commands that
+// differ in record types only; but nearly all start with a runtime, whose type is known.
+template <class Result, class... Word>
+static int InvokeFast(lua_State* L, const BoundCommand& bound) {
+  const CommandRow& command = bound.row;
+  using Form = Shape<Result(Word...)>;
+  constexpr int kSlots = Form::Natives::kCount;
+  constexpr int kStart = Form::kStarts ? 2 : 0;
+  if (lua_gettop(L) != Form::kCount) RejectCount(L, command);
+  binding::Handle* handle = nullptr;
+  if constexpr (std::is_pointer_v<Result>) handle = PushResultHandle(L, command);
+  Slot slots[kSlots];
+  if constexpr (Form::kStarts) ReadStart(L, command, slots);
+  Slot* slot = slots + kStart;
+  int index = 0;
+  ((slot = ++index <= kStart || Meaning<Word>::kIsOut ? slot : ReadWord<Word>(L, command, index, slots, slot)), ...);
+  int out = 0;
+  if constexpr (Form::kHasOut) slot->pointer = &out;
+  auto result =
+      CallClient<Result>(bound.client, slots, typename Form::NativeTypes(), std::make_index_sequence<kSlots>());
+  slot = slots;
+  ((IsArray(Meaning<Word>::kParameter.kind()) ? std::free(slot->pointer) : void(),
+    slot += Meaning<Word>::Natives::kCount),
+   ...);
+  if constexpr (std::is_pointer_v<Result>) {
+    FillResultHandle(L, handle, result);
+  } else {
+    binding::PushNumber(L, result);
   }
-
-  template <std::size_t... i>
-  static Result Call(lua_State* L, ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
-    if constexpr (kIsOwn<caller>) {
-      return static_cast<Result>(caller(L, client, slots));
-    } else {
-      return reinterpret_cast<Result (*)(Native...)>(client)(slots[i].template Get<Native>()...);
-    }
-  }
-};
+  if constexpr (Form::kHasOut) binding::PushNumber(L, out);
+  return 1 + Form::kHasOut;
+}
 
 // Short: one invoker, and a caller for each list of sizes of the client function's parameters.
-[[gnu::always_inline]] inline int InvokeShort(lua_State* L, const CommandRow& command, ClientFunction client,
-                                              Caller caller) {
-  if (lua_gettop(L) != command.count) RejectCount(L, command);
-  binding::Handle* handle = command.makes_handle ? PushResultHandle(L, command) : nullptr;
-  Slot slots[2 * kMaxParameters + 1];
-  int out;
-  ReadArguments(L, command, slots)->pointer = &out;
-  Word result = caller(L, client, slots);
-  if (command.has_arrays) FreeArrays(command, command.count, slots);
-  if (handle != nullptr) {
-    FillResultHandle(L, handle, reinterpret_cast<void*>(result));
-  } else {
-    binding::PushNumber(L, static_cast<int>(result));
-  }
-  if (command.has_out) binding::PushNumber(L, out);
-  return 1 + command.has_out;
-}
+int InvokeShort(lua_State* L, const BoundCommand& bound, Caller caller);
 
 template <class T>
 using SlotType = std::conditional_t<sizeof(int) == sizeof(void*) && sizeof(T) == sizeof(Word), Word, T>;
 
-template <class Result, class... T>
-struct ShortCaller {
-  static Word Call(lua_State*, ClientFunction client, const Slot* slots) {
-    return Call(client, slots, std::index_sequence_for<T...>());
+template <class Result, class... Native>
+static Word CallShort(ClientFunction client, const Slot* slots) {
+  auto result = CallClient<Result>(client, slots, List<Native...>(), std::index_sequence_for<Native...>());
+  if constexpr (std::is_pointer_v<Result>) {
+    return reinterpret_cast<Word>(result);
+  } else {
+    return static_cast<Word>(result);
   }
-  template <std::size_t... i>
-  static Word Call(ClientFunction client, const Slot* slots, std::index_sequence<i...>) {
-    Result result = reinterpret_cast<Result (*)(T...)>(client)(slots[i].template Get<T>()...);
-    if constexpr (std::is_pointer_v<Result>) {
-      return reinterpret_cast<Word>(result);
-    } else {
-      return static_cast<Word>(result);
-    }
-  }
-};
+}
+template <class Result, class... Native>
+static int InvokeShort(lua_State* L, const BoundCommand& bound) {
+  return InvokeShort(L, bound, CallShort<Result, Native...>);
+}
+
+// Short code all the same has fast invokers for what scripts call most.
+template <class Signature>
+inline constexpr bool kIsFrequent = false;
+template <class Result>
+inline constexpr bool kIsFrequent<Result(Store, int, Key)> = true;
+template <class Result>
+inline constexpr bool kIsFrequent<Result(Store, int, AnyRecord, Key)> = true;
+template <>
+inline constexpr bool kIsFrequent<int(Store, int, Key, Integers)> = true;
+template <>
+inline constexpr bool kIsFrequent<int(Store, int, Scores, Members)> = true;
 
 template <class Word>
 using ErasedWord = std::conditional_t<std::is_pointer_v<Word> && !std::is_same_v<Word, Store>, AnyRecord, Word>;
 
-// What runs commands of the shape: an Invoker, or in short code a Caller.
-template <Caller caller, class Result, class... Words, class... Native>
-constexpr auto RunnerFor(Shape<Result(Words...)>, List<Native...>) {
+// What runs commands of the shape.
+template <class Result, class... Word, class... Native>
+constexpr Invoker InvokerFor(Shape<Result(Word...)>, List<Native...>) {
   using ErasedResult = std::conditional_t<std::is_pointer_v<Result>, void*, Result>;
-  if constexpr (!kOptimizeForSize) {
-    return &FastInvoker<caller, ErasedResult, List<ErasedWord<Words>...>, List<typename Native::Type...>>::Invoke;
-  } else if constexpr (kIsOwn<caller>) {
-    return caller;
+  if constexpr (!kOptimizeForSize || kIsFrequent<ErasedResult(ErasedWord<Word>...)>) {
+    return InvokeFast<ErasedResult, ErasedWord<Word>...>;
   } else {
-    return static_cast<Caller>(ShortCaller<SlotType<ErasedResult>, SlotType<typename Native::Type>...>::Call);
+    return InvokeShort<SlotType<ErasedResult>, SlotType<Native>...>;
   }
 }
-using Runner = std::conditional_t<kOptimizeForSize, Caller, Invoker>;
 
-inline int Run(lua_State* L, const CommandRow& command, ClientFunction client, Invoker invoker) {
-  return invoker(L, command, client);
-}
-inline int Run(lua_State* L, const CommandRow& command, ClientFunction client, Caller caller) {
-  return InvokeShort(L, command, client, caller);
-}
-
-// One command. A command with a caller of its own says what record it makes handles of.
+// One command. One with an invoker of its own says what record it makes handles of.
 template <Literal lua, Literal client_name, auto client, class Signature,
-          class HandleOf = std::remove_pointer_t<typename Shape<Signature>::ResultType>, Caller caller = nullptr>
+          class HandleOf = std::remove_pointer_t<typename Shape<Signature>::ResultType>,
+          Invoker invoker = InvokerFor(Shape<Signature>(), typename Shape<Signature>::NativeTypes())>
 struct Command {
-  using CommandShape = Shape<Signature>;
+  using Form = Shape<Signature>;
 
-  static_assert(CommandShape::Check(client));
+  static_assert(Form::Check(client));
   static_assert(ClientName::Follows(client_name, lua),
                 "A command lset has a client function tq_mom_lset_sync, _tq_mom_lset_sync, tq_mom_lset or lset");
 
   static constexpr std::string_view kName = lua;
   static constexpr auto kClient = client;
-
-  static constexpr Runner kRunner = RunnerFor<caller>(CommandShape(), typename CommandShape::Natives());
+  using InvokerType = std::integral_constant<Invoker, invoker>;
 
   static constexpr TypeId HandleType() {
     if constexpr (std::is_same_v<HandleOf, int>) {
@@ -311,25 +283,28 @@ struct Command {
       return kTypeOf<HandleOf>;
     }
   }
-  static constexpr CommandRow Row(std::uint16_t name, int place) {
-    CommandRow row{name,
-                   ClientName(client_name, lua),
-                   CommandShape::kCount,
-                   std::is_pointer_v<typename CommandShape::ResultType>,
-                   CommandShape::kHasOut,
-                   CommandShape::kHasArrays,
-                   static_cast<std::uint8_t>(place),
-                   HandleType(),
-                   {}};
-    auto parameters = CommandShape::Parameters();
-    for (int i = 0; i < CommandShape::kCount; ++i) row.parameters[i] = parameters.list[i];
-    return row;
+  static constexpr CommandRow Row(std::uint16_t name, int invoker_place) {
+    return {name,
+            ClientName::Of(client_name, lua),
+            Form::kCount,
+            Form::kStarts,
+            std::is_pointer_v<typename Form::ResultType>,
+            Form::kHasOut,
+            Form::kHasArrays,
+            static_cast<std::uint8_t>(invoker_place),
+            HandleType(),
+            Form::FindParameters()};
   }
 };
 
 #define TQ_COMMAND(lua_name, client_function, ...) \
   tq_mom::Command<#lua_name, #client_function, &client_function, __VA_ARGS__>
 
-}  // namespace tq_mom
+// Sets all commands as fields of the table at the stack top.
+void AddCommands(lua_State* L);
+int CountCommands();
 
-#endif
+// The Lua function's name.
+const char* CommandName(const CommandRow& command);
+
+}  // namespace tq_mom

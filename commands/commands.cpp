@@ -1,6 +1,7 @@
-#include "commands/commands.h"
+#include <array>
 
 #include "binding/numbered.h"
+#include "commands/command.h"
 #include "commands/connection.h"
 #include "commands/hashes.h"
 #include "commands/lists.h"
@@ -16,93 +17,69 @@ using Commands = Join<ConnectionCommands, StringCommands, HashCommands, ListComm
                       PublishScanCommands>;
 
 template <class... Command>
-constexpr auto PackNames(List<Command...>) {
+constexpr auto PackNamesOf(List<Command...>) {
   Packed<4096> names;
   (names.Add(Command::kName), ...);
   return names;
 }
-constexpr std::size_t kNamesSize = PackNames(Commands()).size;
-constexpr Packed kNames = PackNames(Commands()).Trimmed<kNamesSize>();
+constexpr auto PackNames() { return PackNamesOf(Commands()); }
+constexpr const char* kNames = kTrimmed<PackNames>.text;
 
-// The different runners, each of which serves many commands. They are told apart by type: not every compiler takes a
+// The different invokers, each of which serves many commands. They are told apart by type: not every compiler takes a
 // comparison of functions for a constant.
-template <class Command>
-using RunnerOf = std::integral_constant<Runner, Command::kRunner>;
-
-template <class One, class... Command>
-constexpr int FirstWithRunnerOf(List<Command...>) {
-  int place = 0;
-  (void)((std::is_same_v<RunnerOf<One>, RunnerOf<Command>> || (++place, false)) || ...);
-  return place;
-}
-
-struct Runners {
-  Runner of[Commands::kCount] = {};
-  int place[Commands::kCount] = {};  // of each command's runner
-  int count = 0;
+template <class Known, class... New>
+struct Distinct {
+  using Type = Known;
 };
+template <class... Known, class One, class... New>
+struct Distinct<List<Known...>, One, New...>
+    : Distinct<std::conditional_t<(std::is_same_v<Known, One> || ...), List<Known...>, List<Known..., One>>, New...> {};
 template <class... Command>
-constexpr Runners FindRunners(List<Command...> commands) {
-  constexpr Runner kAll[] = {Command::kRunner...};
-  constexpr int kFirst[] = {FirstWithRunnerOf<Command>(List<Command...>())...};
-  Runners runners;
-  for (int i = 0; i < commands.kCount; ++i) {
-    if (kFirst[i] == i) runners.of[runners.count++] = kAll[i];
-    runners.place[i] = kFirst[i] == i ? runners.count - 1 : runners.place[kFirst[i]];
-  }
-  return runners;
-}
-constexpr int kRunnerCount = FindRunners(Commands()).count;
+auto FindInvokers(List<Command...>) -> typename Distinct<List<>, typename Command::InvokerType...>::Type;
+using Invokers = decltype(FindInvokers(Commands()));
 
-struct RunnerTable {
-  Runner of[kRunnerCount];
-};
-template <std::size_t... i>
-constexpr RunnerTable MakeRunners(std::index_sequence<i...>) {
-  constexpr Runners kRunners = FindRunners(Commands());
-  return {kRunners.of[i]...};
+template <class... One>
+constexpr std::array<Invoker, sizeof...(One)> MakeInvokers(List<One...>) {
+  return {One::value...};
 }
-constexpr RunnerTable kRunners = MakeRunners(std::make_index_sequence<kRunnerCount>());
+constexpr auto kInvokers = MakeInvokers(Invokers());
 
-struct Rows {
-  CommandRow of[Commands::kCount];
-};
 template <class... Command>
-constexpr Rows MakeRows(List<Command...>) {
-  auto names = PackNames(Commands());
-  Runners runners = FindRunners(Commands());
-  const int* place = runners.place;
-  return {Command::Row(names.Add(Command::kName), *place++)...};
+constexpr std::array<CommandRow, sizeof...(Command)> MakeRows(List<Command...>) {
+  auto names = PackNames();
+  return {Command::Row(names.Add(Command::kName), FindPlace<typename Command::InvokerType>(Invokers()))...};
 }
-constexpr Rows kRows = MakeRows(Commands());
+constexpr auto kRows = MakeRows(Commands());
 
 // Not constexpr, as no cast between function types is; but a constant all the same, so that nothing is left to run when
 // the module is loaded.
 template <class List>
-struct Clients;
+struct Bound;
 template <class... Command>
-struct Clients<List<Command...>> {
-  static const ClientFunction kOf[];
+struct Bound<List<Command...>> {
+  static const BoundCommand kOf[];
 };
 template <class... Command>
-const ClientFunction Clients<List<Command...>>::kOf[] = {reinterpret_cast<ClientFunction>(Command::kClient)...};
+const BoundCommand Bound<List<Command...>>::kOf[] = {
+    {kRows[FindPlace<Command>(Commands())], reinterpret_cast<ClientFunction>(Command::kClient)}...};
+constexpr const BoundCommand* kBound = Bound<Commands>::kOf;
 
-extern "C" [[gnu::visibility("hidden")]] int tq_call_command(lua_State* L, unsigned number) {
-  const CommandRow& command = kRows.of[number];
-  return Run(L, command, Clients<Commands>::kOf[number], kRunners.of[command.runner]);
+extern "C" [[gnu::visibility("hidden")]] int tq_call_command(lua_State* L, std::size_t number) {
+  const BoundCommand& bound = kBound[number];
+  return kInvokers[bound.row.invoker](L, bound);
 }
 
 TQ_NUMBERED_FUNCTIONS(kFunctions, tq_call_command, Commands::kCount);
 
 }  // namespace
 
-const char* CommandName(const CommandRow& command) { return kNames.text + command.name; }
+const char* CommandName(const CommandRow& command) { return kNames + command.name; }
 
 int CountCommands() { return Commands::kCount; }
 
 void AddCommands(lua_State* L) {
-  for (unsigned i = 0; i < Commands::kCount; ++i) {
-    const CommandRow& command = kRows.of[i];
+  for (std::size_t i = 0; i < Commands::kCount; ++i) {
+    const CommandRow& command = kBound[i].row;
     bool is_scan = command.result == kTypeOf<tq_global_t> && !command.makes_handle;
     lua_pushstring(L, CommandName(command));
     PushFunction(L, kFunctions.At(i), {command.result, is_scan ? kTypeOf<tq_mom_pubsub_msg_t> : kVoid});

@@ -1,6 +1,5 @@
 // Connection and runtime control.
-#ifndef TQ_COMMANDS_CONNECTION_H
-#define TQ_COMMANDS_CONNECTION_H
+#pragma once
 
 #include "commands/command.h"
 
@@ -19,5 +18,3 @@ using ConnectionCommands = List<
 // clang-format on
 
 }  // namespace tq_mom
-
-#endif

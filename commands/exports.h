@@ -1,6 +1,5 @@
 // What the module's shared object exports for other native code, beside its entry point and the casts.
-#ifndef TQ_COMMANDS_EXPORTS_H
-#define TQ_COMMANDS_EXPORTS_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -24,5 +23,3 @@ TQ_EXPORT int _tq_mom_zadd_ext_sync(tq_global_t* g, int db, tq_mom_zadd_op_t* op
                                     void** members, int member_count);
 
 }  // extern "C"
-
-#endif

@@ -1,6 +1,5 @@
 // Hashes.
-#ifndef TQ_COMMANDS_HASHES_H
-#define TQ_COMMANDS_HASHES_H
+#pragma once
 
 #include "commands/command.h"
 #include "commands/exports.h"
@@ -20,5 +19,3 @@ using HashCommands = List<
 // clang-format on
 
 }  // namespace tq_mom
-
-#endif

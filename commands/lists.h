@@ -1,6 +1,5 @@
 // Lists.
-#ifndef TQ_COMMANDS_LISTS_H
-#define TQ_COMMANDS_LISTS_H
+#pragma once
 
 #include "commands/command.h"
 
@@ -30,5 +29,3 @@ using ListCommands = List<
 // clang-format on
 
 }  // namespace tq_mom
-
-#endif

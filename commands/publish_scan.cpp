@@ -45,7 +45,10 @@ constexpr int kUserArgument = 6;
 
 }  // namespace
 
-Word CallScan(lua_State* L, ClientFunction, const Slot* slots) {
+int InvokeScan(lua_State* L, const BoundCommand& bound) {
+  if (lua_gettop(L) != bound.row.count) RejectCount(L, bound.row);
+  Slot slots[kMaxParameters];
+  ReadArguments(L, bound.row, slots);
   auto scan = [&](tq_mom_scan_cb callback, void* context) {
     return tq_mom_scan_sync(static_cast<tq_global_t*>(slots[0].pointer), slots[1].integer, slots[2].pointer,
                             slots[3].unsigned_integer, callback, context);
@@ -72,7 +75,8 @@ Word CallScan(lua_State* L, ClientFunction, const Slot* slots) {
   } else {
     binding::RaiseBare(L, "input error: cb is not function");
   }
-  return static_cast<Word>(status);
+  binding::PushNumber(L, status);
+  return 1;
 }
 
 }  // namespace tq_mom

@@ -1,6 +1,5 @@
 // Sets.
-#ifndef TQ_COMMANDS_SETS_H
-#define TQ_COMMANDS_SETS_H
+#pragma once
 
 #include "commands/command.h"
 
@@ -22,5 +21,3 @@ using SetCommands = List<
 // clang-format on
 
 }  // namespace tq_mom
-
-#endif

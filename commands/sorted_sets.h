@@ -1,6 +1,5 @@
 // Sorted sets.
-#ifndef TQ_COMMANDS_SORTED_SETS_H
-#define TQ_COMMANDS_SORTED_SETS_H
+#pragma once
 
 #include "commands/command.h"
 #include "commands/exports.h"
@@ -35,5 +34,3 @@ using SortedSetCommands = List<
 // clang-format on
 
 }  // namespace tq_mom
-
-#endif

@@ -1,6 +1,5 @@
 // Keys and strings, and expiry.
-#ifndef TQ_COMMANDS_STRINGS_H
-#define TQ_COMMANDS_STRINGS_H
+#pragma once
 
 #include "commands/command.h"
 
@@ -34,5 +33,3 @@ using StringCommands = List<
 // clang-format on
 
 }  // namespace tq_mom
-
-#endif

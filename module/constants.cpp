@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "records/thread_constants.h"
+#include "signature/packed.h"
 
 namespace tq_mom {
 namespace {
@@ -39,30 +40,52 @@ namespace {
   CONSTANT(TQ_MOM_BATCHPEXPIREFIELD_OVER) CONSTANT(TQ_MOM_BATCHDEL_OVER)
 // clang-format on
 
-// Names, each ended by a NUL, and values: half the size of constant records, and nothing to relocate.
-#define TQ_NAME(name) #name "\0"
-#define TQ_FLATTENED_NAME(cls, name) #cls "_" #name "\0"
-constexpr char kNames[] =
-    TQ_STORE_CONSTANTS(TQ_NAME) TQ_THREAD_MASTER_CONSTANTS(TQ_FLATTENED_NAME) TQ_THREAD_CONSTANTS(TQ_FLATTENED_NAME);
+// Names and values apart: half the size of constant records, and nothing to relocate. The names lack the prefix that
+// all constants of the store have.
+constexpr std::string_view kPrefix = "TQ_MOM_";
+constexpr std::size_t kLongestName = 63;
+
+#define TQ_NAME(name) #name,
+#define TQ_FLATTENED_NAME(cls, name) #cls "_" #name,
+constexpr auto PackNames() {
+  Packed<4096> names;
+  auto add = [&](std::string_view name) {
+    if (name.size() > kLongestName) __builtin_unreachable();
+    names.Append(name);
+  };
+  for (std::string_view name : {TQ_STORE_CONSTANTS(TQ_NAME)}) add(name.substr(kPrefix.size()));
+  for (std::string_view name : {TQ_THREAD_MASTER_CONSTANTS(TQ_FLATTENED_NAME) TQ_THREAD_CONSTANTS(TQ_FLATTENED_NAME)}) {
+    add(name);
+  }
+  return names;
+}
 
 #define TQ_VALUE(name) name,
 #define TQ_FLATTENED_VALUE(cls, name) name,
-constexpr std::int16_t kValues[] = {TQ_STORE_CONSTANTS(TQ_VALUE) TQ_THREAD_MASTER_CONSTANTS(TQ_FLATTENED_VALUE)
-                                        TQ_THREAD_CONSTANTS(TQ_FLATTENED_VALUE)};
+constexpr std::int16_t kStoreValues[] = {TQ_STORE_CONSTANTS(TQ_VALUE)};
+constexpr std::int16_t kThreadValues[] = {TQ_THREAD_MASTER_CONSTANTS(TQ_FLATTENED_VALUE)
+                                              TQ_THREAD_CONSTANTS(TQ_FLATTENED_VALUE)};
 
-}  // namespace
-
-int CountConstants() { return sizeof(kValues) / sizeof(kValues[0]); }
-
-void AddConstants(lua_State* L) {
-  const char* name = kNames;
-  for (std::int16_t value : kValues) {
+// Sets constants of the table at the stack top. Returns the name after theirs.
+template <std::size_t count>
+const char* Add(lua_State* L, std::string_view prefix, const char* name, const std::int16_t (&values)[count]) {
+  char full_name[kPrefix.size() + kLongestName];
+  std::memcpy(full_name, prefix.data(), prefix.size());
+  for (std::int16_t value : values) {
     std::size_t length = std::strlen(name);
-    lua_pushlstring(L, name, length);
+    std::memcpy(full_name + prefix.size(), name, length);
+    lua_pushlstring(L, full_name, prefix.size() + length);
     lua_pushinteger(L, value);
     lua_rawset(L, -3);
     name += length + 1;
   }
+  return name;
 }
+
+}  // namespace
+
+int CountConstants() { return (sizeof(kStoreValues) + sizeof(kThreadValues)) / sizeof(std::int16_t); }
+
+void AddConstants(lua_State* L) { Add(L, "", Add(L, kPrefix, kTrimmed<PackNames>.text, kStoreValues), kThreadValues); }
 
 }  // namespace tq_mom

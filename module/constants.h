@@ -1,6 +1,5 @@
 // The module's integer constants.
-#ifndef TQ_MODULE_CONSTANTS_H
-#define TQ_MODULE_CONSTANTS_H
+#pragma once
 
 #include <lua.hpp>
 
@@ -11,5 +10,3 @@ void AddConstants(lua_State* L);
 int CountConstants();
 
 }  // namespace tq_mom
-
-#endif

@@ -1,7 +1,7 @@
 #include <cstdio>
 
 #include "binding/startup.h"
-#include "commands/commands.h"
+#include "commands/command.h"
 #include "module/constants.h"
 #include "records/casts.h"
 #include "records/records.h"

@@ -24,7 +24,7 @@ constexpr TypeId kTypes[] = {TQ_CASTS(TQ_CAST_TYPE)};
 constexpr int kCastCount = sizeof(kTypes) / sizeof(kTypes[0]);
 
 // The name of the cast that comes after `number` others.
-const char* CastName(unsigned number) {
+const char* CastName(std::size_t number) {
   const char* name = kNames;
   for (; number > 0; --number) name += std::string_view(name).size() + 1;
   return name;
@@ -33,11 +33,11 @@ const char* CastName(unsigned number) {
 }  // namespace
 
 // The handle at index 1, or nil, as a handle of the cast's type. The record stays owned by whoever owns it.
-extern "C" [[gnu::visibility("hidden")]] int tq_cast(lua_State* L, unsigned number) {
+extern "C" [[gnu::visibility("hidden")]] int tq_cast(lua_State* L, std::size_t number) {
   const binding::Handle* handle = binding::HandleAt(L, 1);
   if (lua_gettop(L) != 1 || (handle == nullptr && !lua_isnil(L, 1))) {
     const char* name = CastName(number);
-    Callee callee{{name, nullptr}, {name, nullptr}, {Parameter(Kind::kUntyped, "void *")}, 1, Spelling::kStructure};
+    Callee callee{{name, nullptr}, {name, nullptr}, {Parameter::Of(Kind::kUntyped, "void *")}, 1, Spelling::kStructure};
     if (lua_gettop(L) != 1) binding::RaiseCountError(L, callee.checks, 1);
     CheckKinds(L, callee);
     const binding::Piece message[] = {"Error in ", name, ", expected a void* at argument number 1\n", nullptr};

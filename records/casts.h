@@ -1,6 +1,5 @@
 // Typed handles to records that reached Lua as untyped ones.
-#ifndef TQ_RECORDS_CASTS_H
-#define TQ_RECORDS_CASTS_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -47,5 +46,3 @@ void AddCasts(lua_State* L);
 int CountCasts();
 
 }  // namespace tq_mom
-
-#endif

@@ -2,8 +2,7 @@
 // the member.
 //
 //     TQ_CLASS(tq_mom_psetex_op_t, TQ_FIELD(flag), TQ_FIELD(milseconds))
-#ifndef TQ_RECORDS_FIELDS_H
-#define TQ_RECORDS_FIELDS_H
+#pragma once
 
 #include <cstddef>
 
@@ -42,6 +41,24 @@ struct Field {
   std::size_t detail;   // the member's size; of an array, the offset of the size_t that counts its elements
 };
 
+// A field as its accessors see it.
+struct FieldRow {
+  std::uint16_t name;  // among the names of all fields
+  TypeId record;
+  FieldKind kind;
+  Parameter parameter;
+  TypeId type;
+  std::uint16_t offset;
+  std::uint16_t detail;  // as Field has it
+};
+
+// Pushes the member's value.
+void PushMember(lua_State* L, char* member, const FieldRow& field);
+
+// Converts the value at the index and stores it unless the member is null (the record was nil). False when the value
+// cannot be converted; nothing is stored then.
+bool StoreMember(lua_State* L, char* member, const FieldRow& field, int index);
+
 // What a member's C++ type says of its field.
 struct FieldType {
   FieldKind kind;
@@ -53,7 +70,7 @@ template <class T>
 struct Of {};
 
 template <class T>
-constexpr FieldType HandleField(FieldKind kind, Parameter parameter = Parameter(kTypeOf<T>)) {
+constexpr FieldType HandleField(FieldKind kind, Parameter parameter = Parameter::Of(kTypeOf<T>)) {
   return {kind, parameter, kTypeOf<T>};
 }
 
@@ -64,27 +81,27 @@ constexpr FieldType FieldFor(Of<T>) {
                 "TQ_EMBEDDED, an array TQ_ARRAY");
   return {};
 }
-consteval FieldType Number(std::string_view spelling) { return {FieldKind::kInt, Parameter(Kind::kInt, spelling)}; }
+consteval FieldType Number(std::string_view spelling) { return {FieldKind::kInt, Parameter::Of(Kind::kInt, spelling)}; }
 consteval FieldType Characters(std::string_view spelling) {
-  return {FieldKind::kCharArray, Parameter(Kind::kString, spelling)};
+  return {FieldKind::kCharArray, Parameter::Of(Kind::kString, spelling)};
 }
 constexpr FieldType FieldFor(Of<int>) { return Number("int"); }
 constexpr FieldType FieldFor(Of<tq_mom_cmd_t>) { return Number("tq_mom_cmd_t"); }
 constexpr FieldType FieldFor(Of<tq_mom_batch_over_flag_t>) { return Number("tq_mom_batch_over_flag_t"); }
-constexpr FieldType FieldFor(Of<short>) { return {FieldKind::kShort, Parameter(Kind::kInt, "short")}; }
-constexpr FieldType FieldFor(Of<std::size_t>) { return {FieldKind::kSize, Parameter(Kind::kSize, "size_t")}; }
-constexpr FieldType FieldFor(Of<long long>) { return {FieldKind::kInt64, Parameter(Kind::kInt64, "long long")}; }
-constexpr FieldType FieldFor(Of<double>) { return {FieldKind::kDouble, Parameter(Kind::kDouble, "double")}; }
+constexpr FieldType FieldFor(Of<short>) { return {FieldKind::kShort, Parameter::Of(Kind::kInt, "short")}; }
+constexpr FieldType FieldFor(Of<std::size_t>) { return {FieldKind::kSize, Parameter::Of(Kind::kSize, "size_t")}; }
+constexpr FieldType FieldFor(Of<long long>) { return {FieldKind::kInt64, Parameter::Of(Kind::kInt64, "long long")}; }
+constexpr FieldType FieldFor(Of<double>) { return {FieldKind::kDouble, Parameter::Of(Kind::kDouble, "double")}; }
 constexpr FieldType FieldFor(Of<char[TQ_MOM_KEY_MAX_LEN]>) { return Characters("char [512]"); }
 constexpr FieldType FieldFor(Of<char[TQ_MOM_FIELD_MAX_LEN]>) { return Characters("char [128]"); }
 constexpr FieldType FieldFor(Of<char[TQ_THREAD_NAME_LEN + 1]>) { return Characters("char [TQ_THREAD_NAME_LEN+1]"); }
-constexpr FieldType FieldFor(Of<char*>) { return {FieldKind::kOwnedString, Parameter(Kind::kString, "char *")}; }
-constexpr FieldType FieldFor(Of<void*>) { return {FieldKind::kUntyped, Parameter(Kind::kUntyped, "void *")}; }
+constexpr FieldType FieldFor(Of<char*>) { return {FieldKind::kOwnedString, Parameter::Of(Kind::kString, "char *")}; }
+constexpr FieldType FieldFor(Of<void*>) { return {FieldKind::kUntyped, Parameter::Of(Kind::kUntyped, "void *")}; }
 constexpr FieldType FieldFor(Of<tq_obj*>) {
-  return HandleField<tq_obj>(FieldKind::kAnything, Parameter(Kind::kAnything));
+  return HandleField<tq_obj>(FieldKind::kAnything, Parameter::Of(Kind::kAnything));
 }
 constexpr FieldType FieldFor(Of<unsigned char*>) {
-  return HandleField<unsigned char>(FieldKind::kBlock, Parameter(Kind::kAnything));
+  return HandleField<unsigned char>(FieldKind::kBlock, Parameter::Of(Kind::kAnything));
 }
 constexpr FieldType FieldFor(Of<int (*)(tq_thread*)>) { return HandleField<int(tq_thread*)>(FieldKind::kShared); }
 template <class T>
@@ -118,7 +135,7 @@ constexpr Field MakeArray(std::string_view name, std::size_t offset, std::size_t
 template <class Member>
 constexpr Field MakeInt64(std::string_view name, std::size_t offset) {
   static_assert(std::is_integral_v<Member> && sizeof(Member) == 8, "TQ_INT64 is for an int64_t");
-  return {name, FieldKind::kInt64, Parameter(Kind::kInt64, "int64_t"), kVoid, offset, sizeof(Member)};
+  return {name, FieldKind::kInt64, Parameter::Of(Kind::kInt64, "int64_t"), kVoid, offset, sizeof(Member)};
 }
 
 // The rows of a class's fields, inside TQ_CLASS, which says what `Record` is.
@@ -140,12 +157,10 @@ constexpr Field MakeInt64(std::string_view name, std::size_t offset) {
 // The same, and it cannot be set.
 #define TQ_EMBEDDED_READ_ONLY(member, type) TQ_PART(tq_mom::FieldKind::kReadOnly, member, type, "void *")
 
-#define TQ_PART(kind, member, type, text)                                                                              \
-  tq_mom::Field {                                                                                                      \
-#member, kind, tq_mom::Parameter(tq_mom::Kind::kUntyped, text), tq_mom::kTypeOf < type>, offsetof(Record, member), \
-        sizeof(Record::member)                                                                                         \
+#define TQ_PART(kind, member, type, text)                                                        \
+  tq_mom::Field {                                                                                \
+#member, kind, tq_mom::Parameter::Of(tq_mom::Kind::kUntyped, text), tq_mom::kTypeOf < type>, \
+        offsetof(Record, member), sizeof(Record::member)                                         \
   }
 
 }  // namespace tq_mom
-
-#endif

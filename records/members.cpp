@@ -1,7 +1,7 @@
-#include "records/members.h"
-
 #include <cstdlib>
 #include <cstring>
+
+#include "records/fields.h"
 
 namespace tq_mom {
 namespace {

@@ -1,6 +1,5 @@
 // Messages and congestion records.
-#ifndef TQ_RECORDS_MESSAGES_H
-#define TQ_RECORDS_MESSAGES_H
+#pragma once
 
 #include "records/records.h"
 
@@ -17,5 +16,3 @@ inline constexpr RecordClass kMessages[] = {
 };
 
 }  // namespace tq_mom
-
-#endif

@@ -1,6 +1,5 @@
 // Request options.
-#ifndef TQ_RECORDS_OPTIONS_H
-#define TQ_RECORDS_OPTIONS_H
+#pragma once
 
 #include "records/records.h"
 
@@ -25,5 +24,3 @@ inline constexpr RecordClass kOptions[] = {
 #undef TQ_OPTION
 
 }  // namespace tq_mom
-
-#endif

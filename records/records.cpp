@@ -1,10 +1,11 @@
 #include "records/records.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 
 #include "binding/namespaces.h"
-#include "records/members.h"
 #include "records/messages.h"
 #include "records/options.h"
 #include "records/results.h"
@@ -19,20 +20,14 @@ using binding::ClassRecord;
 using binding::kNone;
 using binding::NamespaceRecord;
 
-template <class... Family>
-constexpr int CountIn(const Family&... families) {
-  return (0 + ... + static_cast<int>(sizeof(families) / sizeof(families[0])));
-}
-constexpr int kClassCount = CountIn(kOptions, kResults, kMessages, kRuntimeRecords);
+constexpr std::span<const RecordClass> kFamilies[] = {kOptions, kResults, kMessages, kRuntimeRecords};
 
 template <class Visit>
 constexpr void ForEachClass(Visit visit) {
-  for (const RecordClass& row : kOptions) visit(row);
-  for (const RecordClass& row : kResults) visit(row);
-  for (const RecordClass& row : kMessages) visit(row);
-  for (const RecordClass& row : kRuntimeRecords) visit(row);
+  for (std::span<const RecordClass> family : kFamilies) {
+    for (const RecordClass& row : family) visit(row);
+  }
 }
-
 template <class Visit>
 constexpr void ForEachField(Visit visit) {
   ForEachClass([&](const RecordClass& row) {
@@ -40,54 +35,52 @@ constexpr void ForEachField(Visit visit) {
   });
 }
 
-constexpr int CountFields() {
-  int count = 0;
-  ForEachField([&](TypeId, const Field&) { ++count; });
-  return count;
-}
-constexpr int kFieldCount = CountFields();
-
 constexpr auto PackNames() {
   Packed<4096> names;
   ForEachField([&](TypeId, const Field& field) { names.Add(field.name); });
   return names;
 }
-constexpr std::size_t kNamesSize = PackNames().size;
-constexpr Packed kNames = PackNames().Trimmed<kNamesSize>();
+constexpr const char* kNames = kTrimmed<PackNames>.text;
 
 constexpr std::uint16_t Short(std::size_t number) {
   if (number > UINT16_MAX) __builtin_unreachable();  // a record of more than 64 KiB
   return static_cast<std::uint16_t>(number);
 }
 
-struct FieldRows {
-  constexpr FieldRows() {
-    auto names = PackNames();
-    FieldRow* row = of;
-    ForEachField([&](TypeId record, const Field& field) {
-      *row++ = {names.Add(field.name), record, field.kind, field.parameter, field.type, Short(field.offset),
-                Short(field.detail)};
-    });
-  }
-  FieldRow of[kFieldCount] = {};
-};
-constexpr FieldRows kFields;
+constexpr int kFieldCount = [] {
+  int count = 0;
+  ForEachField([&](TypeId, const Field&) { ++count; });
+  return count;
+}();
+constexpr auto kFields = [] {
+  std::array<FieldRow, kFieldCount> rows{};
+  auto names = PackNames();
+  auto* row = rows.data();
+  ForEachField([&](TypeId record, const Field& field) {
+    *row++ = {names.Add(field.name), record, field.kind, field.parameter, field.type, Short(field.offset),
+              Short(field.detail)};
+  });
+  return rows;
+}();
 
 struct ClassRow {
   TypeId type;
   std::uint8_t field_count;
   std::uint16_t size;
 };
-struct ClassRows {
-  constexpr ClassRows() {
-    ClassRow* row = of;
-    ForEachClass([&](const RecordClass& record) {
-      *row++ = {record.type, static_cast<std::uint8_t>(record.field_count), Short(record.size)};
-    });
-  }
-  ClassRow of[kClassCount] = {};
-};
-constexpr ClassRows kClasses;
+constexpr int kClassCount = [] {
+  int count = 0;
+  ForEachClass([&](const RecordClass&) { ++count; });
+  return count;
+}();
+constexpr auto kClasses = [] {
+  std::array<ClassRow, kClassCount> rows{};
+  auto* row = rows.data();
+  ForEachClass([&](const RecordClass& record) {
+    *row++ = {record.type, static_cast<std::uint8_t>(record.field_count), Short(record.size)};
+  });
+  return rows;
+}();
 
 #define TQ_CLASS_CONSTANT(cls, name) {binding::kInteger, #name, name, 0, nullptr, nullptr},
 constexpr binding::Constant kThreadMasterConstants[] = {TQ_THREAD_MASTER_CONSTANTS(TQ_CLASS_CONSTANT){}};
@@ -102,7 +95,7 @@ ClassRecord* classes[kClassCount + 1];
 // Each class's fields and an empty attribute after them.
 Attribute attributes[kFieldCount + kClassCount];
 
-const char* NameOf(const FieldRow& field) { return kNames.text + field.name; }
+const char* NameOf(const FieldRow& field) { return kNames + field.name; }
 
 // Names in messages: a structure's, and what stands before it. The union is declared inside the event record.
 const char* StructureName(TypeId record) { return MangledName(record) + std::strlen("_p_"); }
@@ -115,7 +108,7 @@ Callee Describe(const FieldRow& field, Access access) {
   bool sets = access == Access::kSet;
   return {{Qualifier(field.record), StructureName(field.record), "::", NameOf(field), nullptr},
           {ClassName(field.record), "_", NameOf(field), sets ? "_set" : "_get", nullptr},
-          {Parameter(field.record), field.parameter},
+          {Parameter::Of(field.record), field.parameter},
           sets ? 2 : 1,
           Spelling::kStructure};
 }
@@ -135,24 +128,24 @@ char* MemberOf(const binding::Handle& handle, const FieldRow& field) {
   return static_cast<char*>(handle.pointer) + field.offset;
 }
 
-bool GetInPlace(lua_State* L, const binding::Handle& handle, unsigned number) {
-  const FieldRow& field = kFields.of[number];
+bool GetInPlace(lua_State* L, const binding::Handle& handle, std::size_t number) {
+  const FieldRow& field = kFields[number];
   char* member = MemberOf(handle, field);
   if (member == nullptr) return false;
   PushMember(L, member, field);
   return true;
 }
 
-bool SetInPlace(lua_State* L, const binding::Handle& handle, unsigned number, int value) {
-  const FieldRow& field = kFields.of[number];
+bool SetInPlace(lua_State* L, const binding::Handle& handle, std::size_t number, int value) {
+  const FieldRow& field = kFields[number];
   char* member = MemberOf(handle, field);
   return member != nullptr && StoreMember(L, member, field, value);
 }
 
 // Pushes an owning handle to one zero-filled record, or nil when there is no memory for one. The handle comes first:
 // making it may raise an error, which must find no record to lose.
-bool Construct(lua_State* L, unsigned number) {
-  const ClassRow& row = kClasses.of[number];
+bool Construct(lua_State* L, std::size_t number) {
+  const ClassRow& row = kClasses[number];
   binding::PushClassTableOfClosure(L);
   binding::Handle* handle =
       binding::PushEmptyClassHandle(L, Type(row.type), ClassName(row.type), binding::kClassTableOnTop);
@@ -172,8 +165,8 @@ void FreeRecord(void* record) { std::free(record); }
 
 extern "C" {
 
-[[gnu::visibility("hidden")]] int tq_get_field(lua_State* L, unsigned number) {
-  const FieldRow& field = kFields.of[number];
+[[gnu::visibility("hidden")]] int tq_get_field(lua_State* L, std::size_t number) {
+  const FieldRow& field = kFields[number];
   if (char* member = MemberAt1(L, field, Access::kGet)) {
     PushMember(L, member, field);
   } else {
@@ -182,8 +175,8 @@ extern "C" {
   return 1;
 }
 
-[[gnu::visibility("hidden")]] int tq_set_field(lua_State* L, unsigned number) {
-  const FieldRow& field = kFields.of[number];
+[[gnu::visibility("hidden")]] int tq_set_field(lua_State* L, std::size_t number) {
+  const FieldRow& field = kFields[number];
   char* member = MemberAt1(L, field, Access::kSet);
   if (StoreMember(L, member, field, 2)) return 0;
   Callee callee = Describe(field, Access::kSet);
@@ -191,9 +184,9 @@ extern "C" {
   RejectHandle(L, callee, 2, field.type);
 }
 
-[[gnu::visibility("hidden")]] int tq_construct(lua_State* L, unsigned number) {
+[[gnu::visibility("hidden")]] int tq_construct(lua_State* L, std::size_t number) {
   if (lua_gettop(L) != 0) {
-    TypeId record = kClasses.of[number].type;
+    TypeId record = kClasses[number].type;
     const char* structure = StructureName(record);
     const binding::Piece name[] = {Qualifier(record), structure, "::", structure, nullptr};
     binding::RaiseCountError(L, name, 0);
@@ -216,10 +209,10 @@ void SetUpClasses() {
   unsigned number = 0;
   Attribute* attribute = attributes;
   for (unsigned i = 0; i < kClassCount; ++i) {
-    const ClassRow& row = kClasses.of[i];
+    const ClassRow& row = kClasses[i];
     const Attribute* fields = attribute;
     for (unsigned end = number + row.field_count; number < end; ++number) {
-      const FieldRow& field = kFields.of[number];
+      const FieldRow& field = kFields[number];
       *attribute++ = {NameOf(field), kGetters.At(number),
                       field.kind == FieldKind::kReadOnly ? binding::SetImmutable : kSetters.At(number)};
     }

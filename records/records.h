@@ -1,6 +1,5 @@
 // The Lua classes of the client library's records.
-#ifndef TQ_RECORDS_RECORDS_H
-#define TQ_RECORDS_RECORDS_H
+#pragma once
 
 #include "binding/in_place.h"
 #include "records/fields.h"
@@ -40,5 +39,3 @@ void SetUpClasses();
 extern const binding::InPlace kInPlace;
 
 }  // namespace tq_mom
-
-#endif

@@ -1,6 +1,5 @@
 // Results of commands.
-#ifndef TQ_RECORDS_RESULTS_H
-#define TQ_RECORDS_RESULTS_H
+#pragma once
 
 #include "records/records.h"
 
@@ -37,5 +36,3 @@ inline constexpr RecordClass kResults[] = {
 };
 
 }  // namespace tq_mom
-
-#endif

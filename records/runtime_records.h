@@ -1,6 +1,5 @@
 // Records of the event runtime.
-#ifndef TQ_RECORDS_RUNTIME_RECORDS_H
-#define TQ_RECORDS_RUNTIME_RECORDS_H
+#pragma once
 
 #include "records/records.h"
 
@@ -24,5 +23,3 @@ inline constexpr RecordClass kRuntimeRecords[] = {
 };
 
 }  // namespace tq_mom
-
-#endif

@@ -1,7 +1,6 @@
 // Constants of the runtime's thread records. Each class has its own, and the module has all of them under flattened
 // names, class name first.
-#ifndef TQ_RECORDS_THREAD_CONSTANTS_H
-#define TQ_RECORDS_THREAD_CONSTANTS_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -20,5 +19,3 @@
   CONSTANT(tq_thread, TQ_THREAD_PRIORITY_LOW)    \
   CONSTANT(tq_thread, TQ_THREAD_FLAG_CRT_BY_USR) \
   CONSTANT(tq_thread, TQ_THREAD_FLAG_IN_LIST)
-
-#endif

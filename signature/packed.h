@@ -1,6 +1,5 @@
 // Strings put together at compile time: a table of them then holds offsets, which need no relocation.
-#ifndef TQ_SIGNATURE_PACKED_H
-#define TQ_SIGNATURE_PACKED_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -39,7 +38,7 @@ struct Packed {
     }
     text[size++] = '\0';
   }
-  // The same in a block of just its size.
+  // For kTrimmed.
   template <std::size_t exact>
   constexpr Packed<exact> Trimmed() const {
     Packed<exact> trimmed;
@@ -51,6 +50,8 @@ struct Packed {
   std::size_t size = 0;
 };
 
-}  // namespace tq_mom
+// What the function returns, in a block of just its size.
+template <auto pack>
+inline constexpr auto kTrimmed = pack().template Trimmed<pack().size>();
 
-#endif
+}  // namespace tq_mom

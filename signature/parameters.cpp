@@ -5,13 +5,12 @@
 namespace tq_mom {
 namespace {
 
-consteval auto PackSpellings() {
+constexpr auto PackSpellings() {
   Packed<1024> spellings;
   for (const ValueType& type : kValueTypes) spellings.Append(type.spelling);
   return spellings;
 }
-constexpr std::size_t kSpellingsSize = PackSpellings().size;
-constexpr Packed kSpellings = PackSpellings().Trimmed<kSpellingsSize>();
+constexpr const char* kSpellings = kTrimmed<PackSpellings>.text;
 
 bool IsOfKind(lua_State* L, int index, Kind kind) {
   switch (kind) {
@@ -34,7 +33,7 @@ bool IsOfKind(lua_State* L, int index, Kind kind) {
 // What the parameter is called as an expected type: of a record's names the first or the last.
 std::string_view ExpectedText(Parameter parameter, Spelling spelling) {
   if (parameter.kind() != Kind::kHandle) {
-    const char* text = kSpellings.text;
+    const char* text = kSpellings;
     for (int i = parameter.place(); i > 0; --i) text += std::strlen(text) + 1;
     return text;
   }

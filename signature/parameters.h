@@ -1,7 +1,6 @@
 // What the Lua functions of this module take: the kinds of their arguments, the conversions that are not in the
 // runtime, and the message for an argument that cannot be had.
-#ifndef TQ_SIGNATURE_PARAMETERS_H
-#define TQ_SIGNATURE_PARAMETERS_H
+#pragma once
 
 #include "binding/arguments.h"
 #include "binding/handles.h"
@@ -40,33 +39,18 @@ struct ValueType {
   std::string_view spelling = {};
 };
 
+// clang-format off
 inline constexpr ValueType kValueTypes[] = {
-    {Kind::kInt, "int"},
-    {Kind::kInt, "short"},
-    {Kind::kInt, "tq_mom_cmd_t"},
-    {Kind::kInt, "tq_mom_batch_over_flag_t"},
-    {Kind::kUnsigned, "unsigned int"},
-    {Kind::kSize, "size_t"},
-    {Kind::kInt64, "long long"},
-    {Kind::kInt64, "int64_t"},
-    {Kind::kDouble, "double"},
-    {Kind::kString, "char *"},
-    {Kind::kString, "char [512]"},
-    {Kind::kString, "char [128]"},
+    {Kind::kInt, "int"}, {Kind::kInt, "short"}, {Kind::kInt, "tq_mom_cmd_t"}, {Kind::kInt, "tq_mom_batch_over_flag_t"},
+    {Kind::kUnsigned, "unsigned int"}, {Kind::kSize, "size_t"}, {Kind::kDouble, "double"},
+    {Kind::kInt64, "long long"}, {Kind::kInt64, "int64_t"},
+    {Kind::kString, "char *"}, {Kind::kString, "char [512]"}, {Kind::kString, "char [128]"},
     {Kind::kString, "char [TQ_THREAD_NAME_LEN+1]"},
-    {Kind::kUntyped, "void *"},
-    {Kind::kUntyped, "fd_set"},
-    {Kind::kUntyped, "u_int32_t"},
-    {Kind::kUntyped, "struct timeval"},
-    {Kind::kUntyped, "struct tq_thread_list [4]"},
+    {Kind::kUntyped, "void *"}, {Kind::kUntyped, "fd_set"}, {Kind::kUntyped, "u_int32_t"},
+    {Kind::kUntyped, "struct timeval"}, {Kind::kUntyped, "struct tq_thread_list [4]"},
     {Kind::kUntyped, "struct tq_thread_debug_list"},
-    {Kind::kKey},
-    {Kind::kTimeout},
-    {Kind::kIntegers},
-    {Kind::kScores},
-    {Kind::kMembers},
-    {Kind::kAnything},
-};
+    {Kind::kKey}, {Kind::kTimeout}, {Kind::kIntegers}, {Kind::kScores}, {Kind::kMembers}, {Kind::kAnything}};
+// clang-format on
 
 inline constexpr int kValueTypeCount = sizeof(kValueTypes) / sizeof(kValueTypes[0]);
 static_assert(kTypeCount + kValueTypeCount <= 256, "A parameter is a byte");
@@ -79,17 +63,17 @@ struct Kinds {
 };
 constexpr Kinds kKinds;
 
-// What is asked of one argument: a handle of a type or one of the value types.
+// What is asked of one argument: a handle of a type or one of the value types. Plain data, as are all parts of a
+// command's row: GCC then writes the rows, which hold addresses, into the file.
 struct Parameter {
-  constexpr Parameter() : Parameter(kVoid) {}
-  constexpr explicit Parameter(TypeId type) : code(static_cast<std::uint8_t>(type)) {}
-  consteval explicit Parameter(Kind kind, std::string_view spelling = {}) : code(0) {
+  static constexpr Parameter Of(TypeId type) { return {static_cast<std::uint8_t>(type)}; }
+  static consteval Parameter Of(Kind kind, std::string_view spelling = {}) {
     std::uint8_t place = kTypeCount;
     for (const ValueType& type : kValueTypes) {
-      if (type.kind == kind && type.spelling == spelling) code = place;
+      if (type.kind == kind && type.spelling == spelling) return {place};
       ++place;
     }
-    if (code == 0) __builtin_unreachable();  // not among kValueTypes
+    __builtin_unreachable();  // not among kValueTypes
   }
 
   constexpr bool IsHandle() const { return code < kTypeCount; }
@@ -102,6 +86,13 @@ struct Parameter {
 
 inline constexpr int kMaxParameters = 6;
 
+struct Parameters {
+  constexpr Parameter& operator[](int i) { return of[i]; }
+  constexpr Parameter operator[](int i) const { return of[i]; }
+
+  Parameter of[kMaxParameters];
+};
+
 // How a message spells the record types, which have several names.
 enum class Spelling : std::uint8_t { kStructure, kTypedef };
 
@@ -109,7 +100,7 @@ enum class Spelling : std::uint8_t { kStructure, kTypedef };
 struct Callee {
   binding::Piece checks[5];       // its name where its arguments are counted and their kinds checked
   binding::Piece conversions[5];  // its name where they are converted
-  Parameter parameters[kMaxParameters];
+  Parameters parameters;
   int count;
   Spelling spelling;
 };
@@ -141,5 +132,3 @@ struct Callee {
 [[noreturn, gnu::cold]] void RejectValue(lua_State* L, const Callee& callee, const char* error);
 
 }  // namespace tq_mom
-
-#endif

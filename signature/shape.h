@@ -5,8 +5,7 @@
 //     tq_obj*(Store, int, Key, Out)                takes three, returns a handle and a number
 //
 // Its words are record pointers (a handle of that type or nil), int, double and those defined here.
-#ifndef TQ_SIGNATURE_SHAPE_H
-#define TQ_SIGNATURE_SHAPE_H
+#pragma once
 
 #include <sys/time.h>
 
@@ -50,10 +49,6 @@ union Slot {
   }
 };
 
-template <class... T>
-struct List {
-  static constexpr int kCount = sizeof...(T);
-};
 template <class... A, class... B>
 List<A..., B...> operator+(List<A...>, List<B...>);
 template <class... L>
@@ -105,40 +100,41 @@ struct Means {
 };
 template <class T>
 requires std::is_class_v<T>
-struct Meaning<T*> : Means<Parameter(kTypeOf<T>), PassedPointer<T>> {
+struct Meaning<T*> : Means<Parameter::Of(kTypeOf<T>), PassedPointer<T>> {
 };
 template <>
-struct Meaning<AnyRecord> : Means<Parameter(kVoid), PassedPointer<void>> {};
+struct Meaning<AnyRecord> : Means<Parameter::Of(kVoid), PassedPointer<void>> {};
 template <>
-struct Meaning<Key> : Means<Parameter(Kind::kKey), PassedPointer<void, tq_obj>> {};
+struct Meaning<Key> : Means<Parameter::Of(Kind::kKey), PassedPointer<void, tq_obj>> {};
 template <>
-struct Meaning<int> : Means<Parameter(Kind::kInt, "int"), Passed<int>> {};
+struct Meaning<int> : Means<Parameter::Of(Kind::kInt, "int"), Passed<int>> {};
 template <>
-struct Meaning<Unsigned> : Means<Parameter(Kind::kUnsigned, "unsigned int"), Passed<Unsigned>> {};
+struct Meaning<Unsigned> : Means<Parameter::Of(Kind::kUnsigned, "unsigned int"), Passed<Unsigned>> {};
 template <>
-struct Meaning<Size> : Means<Parameter(Kind::kSize, "size_t"), Passed<std::size_t>> {};
+struct Meaning<Size> : Means<Parameter::Of(Kind::kSize, "size_t"), Passed<std::size_t>> {};
 template <>
-struct Meaning<double> : Means<Parameter(Kind::kDouble, "double"), Passed<double>> {};
+struct Meaning<double> : Means<Parameter::Of(Kind::kDouble, "double"), Passed<double>> {};
 template <>
-struct Meaning<Timeout> : Means<Parameter(Kind::kTimeout), Passed<timeval>> {};
+struct Meaning<Timeout> : Means<Parameter::Of(Kind::kTimeout), Passed<timeval>> {};
 template <>
-struct Meaning<Text> : Means<Parameter(Kind::kString, "char *"), PassedPointer<char>> {};
+struct Meaning<Text> : Means<Parameter::Of(Kind::kString, "char *"), PassedPointer<char>> {};
 template <>
-struct Meaning<Integers> : Means<Parameter(Kind::kIntegers), PassedPointer<int>, Passed<int>> {};
+struct Meaning<Integers> : Means<Parameter::Of(Kind::kIntegers), PassedPointer<int>, Passed<int>> {};
 template <>
-struct Meaning<Scores> : Means<Parameter(Kind::kScores), PassedPointer<double>, Passed<int>> {};
+struct Meaning<Scores> : Means<Parameter::Of(Kind::kScores), PassedPointer<double>, Passed<int>> {};
 template <>
-struct Meaning<Members> : Means<Parameter(Kind::kMembers), PassedPointer<void*, void const*, tq_obj*>, Passed<int>> {};
+struct Meaning<Members>
+    : Means<Parameter::Of(Kind::kMembers), PassedPointer<void*, void const*, tq_obj*>, Passed<int>> {};
 template <>
-struct Meaning<ScoresAlone> : Means<Parameter(Kind::kScores), PassedPointer<double>> {};
+struct Meaning<ScoresAlone> : Means<Parameter::Of(Kind::kScores), PassedPointer<double>> {};
 template <>
-struct Meaning<Callback> : Means<Parameter(Kind::kAnything), Passed<tq_mom_scan_cb>> {};
+struct Meaning<Callback> : Means<Parameter::Of(Kind::kAnything), Passed<tq_mom_scan_cb>> {};
 template <>
-struct Meaning<Anything> : Means<Parameter(Kind::kAnything), PassedPointer<void>> {};
+struct Meaning<Anything> : Means<Parameter::Of(Kind::kAnything), PassedPointer<void>> {};
 template <>
 struct Meaning<Out> {
   static constexpr bool kIsOut = true;
-  static constexpr Parameter kParameter = Parameter(Kind::kAnything);
+  static constexpr Parameter kParameter = Parameter::Of(Kind::kAnything);
   using Natives = List<PassedPointer<int>>;
 };
 
@@ -154,9 +150,16 @@ template <class... Native, class... C>
 constexpr bool Takes(List<Native...>, List<C...>) {
   return (Native::template kTakes<C> && ...);
 }
+template <class... Native>
+List<typename Native::Type...> TypesOf(List<Native...>);
 template <class Result>
 using PassedResult =
     std::conditional_t<std::is_pointer_v<Result>, PassedPointer<std::remove_pointer_t<Result>>, Passed<Result>>;
+
+template <class Words>
+inline constexpr bool Starts = false;
+template <class... Word>
+inline constexpr bool Starts<List<Store, int, Word...>> = true;
 
 template <class Signature>
 struct Shape {
@@ -168,9 +171,11 @@ struct Shape<Result(Word...)> {
   static constexpr int kOuts = (0 + ... + int{Meaning<Word>::kIsOut});
   static constexpr int kCount = sizeof...(Word) - kOuts;
   static constexpr bool kHasOut = kOuts != 0;
+  static constexpr bool kStarts = Starts<List<Word...>>;
   static constexpr bool kHasArrays = (IsArray(Meaning<Word>::kParameter.kind()) || ...);
   using ResultType = Result;
   using Natives = Join<typename Meaning<Word>::Natives...>;
+  using NativeTypes = decltype(TypesOf(Natives()));
 
   static constexpr bool OutIsLast() {
     bool out[] = {false, Meaning<Word>::kIsOut...};
@@ -182,21 +187,18 @@ struct Shape<Result(Word...)> {
   // A handle of a type that another module lets stand for the expected one raises errors while it is converted.
   static constexpr bool ArraysComeAfterHandles() {
     bool seen = false;
-    ParameterList parameters = Parameters();
+    Parameters parameters = FindParameters();
     for (int i = 0; i < kCount; ++i) {
-      Parameter parameter = parameters.list[i];
+      Parameter parameter = parameters[i];
       if (IsArray(parameter.kind())) seen = true;
       if (parameter.kind() == Kind::kHandle && seen) return false;
     }
     return true;
   }
-  struct ParameterList {
-    Parameter list[kMaxParameters];
-  };
-  static constexpr ParameterList Parameters() {
-    ParameterList parameters;
+  static constexpr Parameters FindParameters() {
+    Parameters parameters{};
     int i = 0;
-    ((Meaning<Word>::kIsOut ? void() : void(parameters.list[i++] = Meaning<Word>::kParameter)), ...);
+    ((Meaning<Word>::kIsOut ? void() : void(parameters[i++] = Meaning<Word>::kParameter)), ...);
     return parameters;
   }
 
@@ -224,5 +226,3 @@ struct Shape<Result(Word...)> {
 };
 
 }  // namespace tq_mom
-
-#endif

@@ -13,16 +13,17 @@ using binding::TypeDescriptor;
 
 // Each type's mangled name, readable name and class name.
 template <class... Row>
-consteval auto PackNames(TypeList<Row...>) {
+constexpr auto PackNamesOf(List<Row...>) {
   Packed<16384> names;
   (Row::AddNames(names), ...);
   return names;
 }
-constexpr std::size_t kNamesSize = PackNames(Types()).size;
-constexpr Packed kNames = PackNames(Types()).Trimmed<kNamesSize>();
+constexpr auto PackNames() { return PackNamesOf(Types()); }
+constexpr const char* kNames = kTrimmed<PackNames>.text;
 
 constexpr bool SortedByMangledName() {
-  std::string_view rest(kNames.text, kNames.size);
+  auto names = PackNames();
+  std::string_view rest(names.text, names.size);
   std::string_view previous;
   while (!rest.empty()) {
     std::string_view mangled = rest.substr(0, rest.find('\0'));
@@ -45,7 +46,7 @@ ModuleRecord module_record;
 const char* NextName(const char* name) { return name + std::strlen(name) + 1; }
 
 void SetUpTypes() {
-  const char* name = kNames.text;
+  const char* name = kNames;
   for (int i = 0; i < kTypeCount; ++i) {
     TypeDescriptor& type = own_descriptors[i];
     type.mangled_name = name;

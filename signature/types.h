@@ -1,6 +1,5 @@
 // The module's types: one row each, sorted by mangled name.
-#ifndef TQ_SIGNATURE_TYPES_H
-#define TQ_SIGNATURE_TYPES_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -13,15 +12,28 @@
 
 namespace tq_mom {
 
+template <class... T>
+struct List {
+  static constexpr int kCount = sizeof...(T);
+};
+
+// The place of one type in a list; behind the end if it is not there.
+template <class One, class... T>
+consteval int FindPlace(List<T...>) {
+  int place = 0;
+  (void)((std::is_same_v<One, T> || (++place, false)) || ...);
+  return place;
+}
+
 // A row is a type that handles point to: its C++ type and its names. The mangled name is _p_<name>.
-template <class T, Literal name, Literal readable>
+template <class T, Literal name, Literal readable, Literal cls = "">
 struct Plain {
   using Type = T;
   template <class Names>
   static constexpr void AddNames(Names& names) {
     names.Append("_p_", name);
     names.Append(readable);
-    names.Append("");
+    names.Append(cls);
   }
 };
 
@@ -33,15 +45,7 @@ struct FdSet;
 
 // A type with a class of its name.
 template <class T, Literal name, Literal readable>
-struct Class {
-  using Type = T;
-  template <class Names>
-  static constexpr void AddNames(Names& names) {
-    names.Append("_p_", name);
-    names.Append(readable);
-    names.Append(name);
-  }
-};
+struct Class : Plain<T, name, readable, name> {};
 
 // The record struct <stem>_s, whose typedef is <stem>_t, with its class.
 template <class T, Literal stem, Literal cls>
@@ -55,13 +59,8 @@ struct Record {
   }
 };
 
-template <class... Row>
-struct TypeList {
-  static constexpr int kCount = sizeof...(Row);
-};
-
 // clang-format off
-using Types = TypeList<
+using Types = List<
     Plain<Unused, "char", "char *">,
     Plain<double, "double", "double *">,
     Plain<int(tq_thread*), "f_p_struct_tq_thread__int", "int (*)(struct tq_thread *)">,
@@ -163,11 +162,10 @@ inline constexpr int kTypeCount = Types::kCount;
 enum class TypeId : std::uint8_t {};
 
 template <class T, class... Row>
-consteval TypeId FindType(TypeList<Row...>) {
-  static_assert((std::is_same_v<T, typename Row::Type> || ...), "This type is not in the list of signature/types.h");
-  int place = 0;
-  (void)((std::is_same_v<T, typename Row::Type> || (++place, false)) || ...);
-  return static_cast<TypeId>(place);
+consteval TypeId FindType(List<Row...>) {
+  constexpr int kPlace = FindPlace<T>(List<typename Row::Type...>());
+  static_assert(kPlace < kTypeCount, "This type is not in the list of signature/types.h");
+  return static_cast<TypeId>(kPlace);
 }
 
 // The type of pointers to T.
@@ -199,5 +197,3 @@ binding::ModuleRecord* ModuleTypes();
 binding::TypeDescriptor* OwnType(TypeId id);
 
 }  // namespace tq_mom
-
-#endif

@@ -76,7 +76,7 @@ typedef struct tq_mom_lsum_res_s {
       "records/casts.h", before = "CAST(convertPtrToLsetRes,",
       "  CAST(convertPtrToLsumRes, tq_mom_lsum_res_t)                   \\",
     },
-    {"records/device_layout.cpp", before = "TQ_STATUS(lset)", "TQ_NUMBER64(lsum, sum)"},
+    {"golden/device_layout.cpp", before = "TQ_STATUS(lset)", "TQ_NUMBER64(lsum, sum)"},
     {
       "api/results.lua", before = [[result_record "save" {]],
       [[
@@ -87,7 +87,7 @@ result_record "lsum" {
 }
 ]],
     },
-    {"tests/package/exports.txt", after = "convertPtrToLsetRes", "convertPtrToLsumRes"},
+    {"golden/exports.txt", after = "convertPtrToLsetRes", "convertPtrToLsumRes"},
   },
   {
     what = "the field version of tq_mom_hash_res_t",
@@ -95,7 +95,7 @@ result_record "lsum" {
     {"include/tq_mom/results.h", before = "} tq_mom_hash_res_t;", "  int version;"},
     {"records/results.h", after = "TQ_CLASS(tq_mom_hash_res_t,", "        TQ_FIELD(version),"},
     {
-      "records/device_layout.cpp", instead_of = "TQ_RECORD(tq_mom_hash_res_t, 24,",
+      "golden/device_layout.cpp", instead_of = "TQ_RECORD(tq_mom_hash_res_t, 24,",
       "TQ_RECORD(tq_mom_hash_res_t, 28,\n  TQ_AT(24, 4, version)",
     },
     {"api/results.lua", before = [[tags("field_change_tag",]], [[  int "version" "counts the changes",]]},
@@ -151,5 +151,5 @@ if os.execute("command -v arm-linux-gnueabi-g++ >/dev/null") then
   shell("cd '%s' && mkdir build/lua && echo '#define DEB_HOST_MULTIARCH \"\"' >build/lua/lua5.3-deb-multiarch.h",
     scratch)
   shell("cd '%s' && arm-linux-gnueabi-g++ -std=c++20 -fsyntax-only -I. -Iinclude -isystem build/lua -isystem '%s' " ..
-    "records/device_layout.cpp", scratch, lua_headers)
+    "golden/device_layout.cpp", scratch, lua_headers)
 end

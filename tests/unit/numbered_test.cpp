@@ -9,7 +9,7 @@ namespace {
 
 constexpr unsigned kCount = 256;
 
-int PushSum(lua_State* L, unsigned number, int offset) {
+int PushSum(lua_State* L, std::size_t number, int offset) {
   lua_pushinteger(L, static_cast<lua_Integer>(number) + offset + lua_gettop(L));
   return 1;
 }
@@ -17,8 +17,8 @@ int PushSum(lua_State* L, unsigned number, int offset) {
 }  // namespace
 
 extern "C" {
-[[gnu::visibility("hidden")]] int tq_test_first(lua_State* L, unsigned number) { return PushSum(L, number, 0); }
-[[gnu::visibility("hidden")]] int tq_test_second(lua_State* L, unsigned number) { return PushSum(L, number, 1000); }
+[[gnu::visibility("hidden")]] int tq_test_first(lua_State* L, std::size_t number) { return PushSum(L, number, 0); }
+[[gnu::visibility("hidden")]] int tq_test_second(lua_State* L, std::size_t number) { return PushSum(L, number, 1000); }
 }
 
 namespace {

@@ -124,7 +124,7 @@ TQ_RECORD(tq_thread_u, 8,
 // clang-format on
 
 template <class T, Literal name, Literal readable>
-constexpr bool IsChecked(Plain<T, name, readable>*) {
+constexpr bool IsChecked(Plain<T, name, readable, "">*) {
   return true;
 }
 template <class T, Literal name, Literal readable>
@@ -136,7 +136,7 @@ constexpr bool IsChecked(tq_mom::Record<T, stem, cls>*) {
   return sizeof(Layout<T>) != 0;
 }
 template <class... Row>
-constexpr bool AreChecked(TypeList<Row...>) {
+constexpr bool AreChecked(List<Row...>) {
   return (IsChecked(static_cast<Row*>(nullptr)) && ...);
 }
 static_assert(AreChecked(Types()));  // no record is left out
