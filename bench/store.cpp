@@ -180,8 +180,7 @@ void RunBare(Bare* bare, const Workload& load, std::string_view operation) {
   }
 }
 
-template <typename Once>
-void Measure(int count, Once once) {
+template <typename Once> void Measure(int count, Once once) {
   Bare observer;
   once();  // opens what is to be opened
   const long long trips = observer.RoundTrips();

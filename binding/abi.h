@@ -96,8 +96,7 @@ struct ClassRecord {
 };
 
 // An empty list of methods, attributes, constants, classes or namespaces.
-template <class Entry>
-inline constexpr Entry kNone[1] = {};
+template <class Entry> inline constexpr Entry kNone[1] = {};
 
 // What a Lua userdata of three words holds. Its pointer is never null.
 struct Handle {

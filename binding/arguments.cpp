@@ -40,10 +40,7 @@ class Message {
 
   void AddString(const char* text) { Add(text, std::strlen(text)); }
 
-  template <std::size_t size>
-  void Add(const char (&literal)[size]) {
-    Add(literal, size - 1);
-  }
+  template <std::size_t size> void Add(const char (&literal)[size]) { Add(literal, size - 1); }
 
   void Add(const Piece* pieces) {
     for (; *pieces != nullptr; ++pieces) AddString(*pieces);

@@ -59,18 +59,10 @@ int NamespaceSet(lua_State* L) {
 // Pushes the constant's value; false for a kind that is not known.
 bool PushConstant(lua_State* L, const Constant& constant) {
   switch (constant.code) {
-    case kInteger:
-      lua_pushinteger(L, constant.integer);
-      return true;
-    case kFloating:
-      lua_pushnumber(L, constant.floating);
-      return true;
-    case kString:
-      lua_pushstring(L, static_cast<const char*>(constant.pointer));
-      return true;
-    case kPointer:
-      PushHandle(L, const_cast<void*>(constant.pointer), *constant.type, 0);
-      return true;
+    case kInteger: lua_pushinteger(L, constant.integer); return true;
+    case kFloating: lua_pushnumber(L, constant.floating); return true;
+    case kString: lua_pushstring(L, static_cast<const char*>(constant.pointer)); return true;
+    case kPointer: PushHandle(L, const_cast<void*>(constant.pointer), *constant.type, 0); return true;
     case kBinary:
       PushPacked(L, constant.pointer, static_cast<std::size_t>(constant.integer), *constant.type);
       return true;
@@ -79,8 +71,7 @@ bool PushConstant(lua_State* L, const Constant& constant) {
       lua_pushlstring(L, &character, 1);
       return true;
     }
-    default:
-      return false;
+    default: return false;
   }
 }
 
@@ -95,8 +86,7 @@ void AddConstants(lua_State* L, const Constant* constants) {
   }
 }
 
-template <class Record>
-int CountPointers(Record* const* records) {
+template <class Record> int CountPointers(Record* const* records) {
   int count = 0;
   while (records[count] != nullptr) ++count;
   return count;

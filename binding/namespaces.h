@@ -58,8 +58,7 @@ void SetAttributes(lua_State* L, const Attribute* attributes, const Shared& shar
 void AddMethods(lua_State* L, const Method* methods);
 
 // The length of a list that ends with a null name.
-template <class Entry>
-int CountNamed(const Entry* entries) {
+template <class Entry> int CountNamed(const Entry* entries) {
   int count = 0;
   while (entries[count].name != nullptr) ++count;
   return count;

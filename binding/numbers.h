@@ -63,8 +63,7 @@ constexpr double DoubleOf(int number) {
 }
 
 // Pushes the number as a Lua float.
-template <class Integer>
-[[gnu::always_inline]] inline void PushNumber(lua_State* L, Integer number) {
+template <class Integer> [[gnu::always_inline]] inline void PushNumber(lua_State* L, Integer number) {
 #ifdef __SOFTFP__
   lua_pushnumber(L, DoubleOf(number));
 #else

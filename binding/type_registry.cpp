@@ -10,8 +10,7 @@ constexpr char kRingKey[] = "swig_runtime_data_type_pointer4";
 // Visits the modules from `start` around the ring up to `stop`, until a visit returns something. A second interpreter
 // may have linked our record into another ring, so that the walk never meets `stop`: a trailing pointer at half the
 // speed notices when it goes round.
-template <class Visit>
-auto FindInRing(ModuleRecord* start, const ModuleRecord* stop, Visit visit) {
+template <class Visit> auto FindInRing(ModuleRecord* start, const ModuleRecord* stop, Visit visit) {
   ModuleRecord* trailing = start;
   ModuleRecord* current = start;
   bool advance_trailing = false;

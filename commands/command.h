@@ -92,15 +92,9 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
         slot->pointer = ConvertOther(L, command, index);
       }
       break;
-    case Kind::kKey:
-      slot->pointer = binding::UntypedPointerAt(L, index);
-      break;
-    case Kind::kInt:
-      converted = binding::ToInt(L, index, &slot->integer);
-      break;
-    case Kind::kUnsigned:
-      converted = binding::ToUnsigned(L, index, &slot->unsigned_integer);
-      break;
+    case Kind::kKey: slot->pointer = binding::UntypedPointerAt(L, index); break;
+    case Kind::kInt: converted = binding::ToInt(L, index, &slot->integer); break;
+    case Kind::kUnsigned: converted = binding::ToUnsigned(L, index, &slot->unsigned_integer); break;
     case Kind::kSize: {
       std::uint32_t size = 0;
       converted = binding::ToUnsigned(L, index, &size);
@@ -113,9 +107,7 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
       converted = is_number != 0;
       break;
     }
-    case Kind::kTimeout:
-      slot->timeout = ToTimeout(L, index);
-      break;
+    case Kind::kTimeout: slot->timeout = ToTimeout(L, index); break;
     case Kind::kString: {
       const char* string = lua_tostring(L, index);
       slot->pointer = const_cast<char*>(string);
@@ -128,8 +120,7 @@ inline const char* ReadArray(lua_State* L, int index, Kind kind, Slot* elements)
       error = ReadArray(L, index, kind, slot++);
       converted = error == nullptr;
       break;
-    default:
-      break;
+    default: break;
   }
   if (!converted) Reject(L, command, index, error, slots);
   return slot + 1;
@@ -184,8 +175,7 @@ template <class Result, class... Native, std::size_t... i>
 
 // Fast: an invoker for each signature. Pointers to records are all the same in it, so that one serves all commands that
 // differ in record types only; but nearly all start with a runtime, whose type is known.
-template <class Result, class... Word>
-static int InvokeFast(lua_State* L, const BoundCommand& bound) {
+template <class Result, class... Word> static int InvokeFast(lua_State* L, const BoundCommand& bound) {
   const CommandRow& command = bound.row;
   using Form = Shape<Result(Word...)>;
   constexpr int kSlots = Form::Natives::kCount;
@@ -221,8 +211,7 @@ int InvokeShort(lua_State* L, const BoundCommand& bound, Caller caller);
 template <class T>
 using SlotType = std::conditional_t<sizeof(int) == sizeof(void*) && sizeof(T) == sizeof(Word), Word, T>;
 
-template <class Result, class... Native>
-static Word CallShort(ClientFunction client, const Slot* slots) {
+template <class Result, class... Native> static Word CallShort(ClientFunction client, const Slot* slots) {
   auto result = CallClient<Result>(client, slots, List<Native...>(), std::index_sequence_for<Native...>());
   if constexpr (std::is_pointer_v<Result>) {
     return reinterpret_cast<Word>(result);
@@ -230,22 +219,16 @@ static Word CallShort(ClientFunction client, const Slot* slots) {
     return static_cast<Word>(result);
   }
 }
-template <class Result, class... Native>
-static int InvokeShort(lua_State* L, const BoundCommand& bound) {
+template <class Result, class... Native> static int InvokeShort(lua_State* L, const BoundCommand& bound) {
   return InvokeShort(L, bound, CallShort<Result, Native...>);
 }
 
 // Short code all the same has fast invokers for what scripts call most.
-template <class Signature>
-inline constexpr bool kIsFrequent = false;
-template <class Result>
-inline constexpr bool kIsFrequent<Result(Store, int, Key)> = true;
-template <class Result>
-inline constexpr bool kIsFrequent<Result(Store, int, AnyRecord, Key)> = true;
-template <>
-inline constexpr bool kIsFrequent<int(Store, int, Key, Integers)> = true;
-template <>
-inline constexpr bool kIsFrequent<int(Store, int, Scores, Members)> = true;
+template <class Signature> inline constexpr bool kIsFrequent = false;
+template <class Result> inline constexpr bool kIsFrequent<Result(Store, int, Key)> = true;
+template <class Result> inline constexpr bool kIsFrequent<Result(Store, int, AnyRecord, Key)> = true;
+template <> inline constexpr bool kIsFrequent<int(Store, int, Key, Integers)> = true;
+template <> inline constexpr bool kIsFrequent<int(Store, int, Scores, Members)> = true;
 
 template <class Word>
 using ErasedWord = std::conditional_t<std::is_pointer_v<Word> && !std::is_same_v<Word, Store>, AnyRecord, Word>;

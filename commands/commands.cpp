@@ -16,8 +16,7 @@ namespace {
 using Commands = Join<ConnectionCommands, StringCommands, HashCommands, ListCommands, SetCommands, SortedSetCommands,
                       PublishScanCommands>;
 
-template <class... Command>
-constexpr auto PackNamesOf(List<Command...>) {
+template <class... Command> constexpr auto PackNamesOf(List<Command...>) {
   Packed<4096> names;
   (names.Add(Command::kName), ...);
   return names;
@@ -27,10 +26,7 @@ constexpr const char* kNames = kTrimmed<PackNames>.text;
 
 // The different invokers, each of which serves many commands. They are told apart by type: not every compiler takes a
 // comparison of functions for a constant.
-template <class Known, class... New>
-struct Distinct {
-  using Type = Known;
-};
+template <class Known, class... New> struct Distinct { using Type = Known; };
 template <class... Known, class One, class... New>
 struct Distinct<List<Known...>, One, New...>
     : Distinct<std::conditional_t<(std::is_same_v<Known, One> || ...), List<Known...>, List<Known..., One>>, New...> {};
@@ -38,14 +34,12 @@ template <class... Command>
 auto FindInvokers(List<Command...>) -> typename Distinct<List<>, typename Command::InvokerType...>::Type;
 using Invokers = decltype(FindInvokers(Commands()));
 
-template <class... One>
-constexpr std::array<Invoker, sizeof...(One)> MakeInvokers(List<One...>) {
+template <class... One> constexpr std::array<Invoker, sizeof...(One)> MakeInvokers(List<One...>) {
   return {One::value...};
 }
 constexpr auto kInvokers = MakeInvokers(Invokers());
 
-template <class... Command>
-constexpr std::array<CommandRow, sizeof...(Command)> MakeRows(List<Command...>) {
+template <class... Command> constexpr std::array<CommandRow, sizeof...(Command)> MakeRows(List<Command...>) {
   auto names = PackNames();
   return {Command::Row(names.Add(Command::kName), FindPlace<typename Command::InvokerType>(Invokers()))...};
 }
@@ -53,12 +47,8 @@ constexpr auto kRows = MakeRows(Commands());
 
 // Not constexpr, as no cast between function types is; but a constant all the same, so that nothing is left to run when
 // the module is loaded.
-template <class List>
-struct Bound;
-template <class... Command>
-struct Bound<List<Command...>> {
-  static const BoundCommand kOf[];
-};
+template <class List> struct Bound;
+template <class... Command> struct Bound<List<Command...>> { static const BoundCommand kOf[]; };
 template <class... Command>
 const BoundCommand Bound<List<Command...>>::kOf[] = {
     {kRows[FindPlace<Command>(Commands())], reinterpret_cast<ClientFunction>(Command::kClient)}...};

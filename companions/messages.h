@@ -1,6 +1,5 @@
 // Messages that Lua owns. Their class is that of tq_mom_sync.
-#ifndef TQ_COMPANIONS_MESSAGES_H
-#define TQ_COMPANIONS_MESSAGES_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -23,5 +22,3 @@ tq_mom_pubsub_msg_t* PushMessage(lua_State* L, binding::TypeDescriptor* type, st
 inline char* RoomOf(tq_mom_pubsub_msg_t* message) { return reinterpret_cast<char*>(message + 1); }
 
 }  // namespace companions
-
-#endif

@@ -14,12 +14,10 @@ static_assert(sizeof(tq_mom_db_type_t) == 4 && sizeof(tq_mom_cmd_t) == 4 && size
 static_assert(alignof(tq_mom_incr_res_t) == 8 && alignof(tq_mom_llen_res_t) == 8 && alignof(tq_mom_zscore_res_t) == 8);
 
 // Complete for the records whose layout is checked below.
-template <class Checked>
-struct Layout;
+template <class Checked> struct Layout;
 
 #define TQ_RECORD(record, size, ...)       \
-  template <>                              \
-  struct Layout<record> {                  \
+  template <> struct Layout<record> {      \
     using Record = record;                 \
     static_assert(sizeof(record) == size); \
     __VA_ARGS__                            \
@@ -123,20 +121,16 @@ TQ_RECORD(tq_thread_u, 8,
   TQ_AT(0, 4, val) TQ_AT(0, 4, fd) TQ_AT(0, 8, sands))
 // clang-format on
 
-template <class T, Literal name, Literal readable>
-constexpr bool IsChecked(Plain<T, name, readable, "">*) {
+template <class T, Literal name, Literal readable> constexpr bool IsChecked(Plain<T, name, readable, "">*) {
   return true;
 }
-template <class T, Literal name, Literal readable>
-constexpr bool IsChecked(Class<T, name, readable>*) {
+template <class T, Literal name, Literal readable> constexpr bool IsChecked(Class<T, name, readable>*) {
   return sizeof(Layout<T>) != 0;
 }
-template <class T, Literal stem, Literal cls>
-constexpr bool IsChecked(tq_mom::Record<T, stem, cls>*) {
+template <class T, Literal stem, Literal cls> constexpr bool IsChecked(tq_mom::Record<T, stem, cls>*) {
   return sizeof(Layout<T>) != 0;
 }
-template <class... Row>
-constexpr bool AreChecked(List<Row...>) {
+template <class... Row> constexpr bool AreChecked(List<Row...>) {
   return (IsChecked(static_cast<Row*>(nullptr)) && ...);
 }
 static_assert(AreChecked(Types()));  // no record is left out

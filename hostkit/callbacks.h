@@ -3,8 +3,7 @@
 // No C++ object with a destructor, no lock and no handler is alive in a frame of ours while a callback runs: it may
 // leave by longjmp or by an exception that is not ours (see CallbackFrame). The store takes no part in the delivery, so
 // the callback can use it in any way.
-#ifndef TQ_HOSTKIT_CALLBACKS_H
-#define TQ_HOSTKIT_CALLBACKS_H
+#pragma once
 
 #include <memory>
 #include <utility>
@@ -28,5 +27,3 @@ int EnterFrame(const Command& command, const void* stack, Frame** entered, Body 
 }
 
 }  // namespace hostkit
-
-#endif

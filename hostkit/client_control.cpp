@@ -47,8 +47,7 @@ int OpenText(tq_global_t* g, int db, const char* text, Command* command) {
 }
 
 // Runs a method of the engine that is about the runtime as a whole.
-template <typename Body>
-int RunControl(tq_global_t* g, Body body) {
+template <typename Body> int RunControl(tq_global_t* g, Body body) {
   Command command;
   command.client = hostkit::ClientOf(g);
   if (command.client == nullptr) return TQ_MOM_INPUT_ERR;
@@ -86,24 +85,18 @@ Status ReadKey(Engine* engine, const Request& request, hostkit::KeyState* state,
   std::optional<std::string> text;
   Status status;
   switch (state->kind) {
-    case Kind::kNone:
-      break;
+    case Kind::kNone: break;
     case Kind::kString:
       status = engine->Get(request, &text);
       if (text) elements.push_back(std::move(*text));
       break;
-    case Kind::kHash:
-      return ReadHash(engine, request, parts);
-    case Kind::kList:
-      status = engine->ListRange(request, 0, -1, &elements);
-      break;
+    case Kind::kHash: return ReadHash(engine, request, parts);
+    case Kind::kList: status = engine->ListRange(request, 0, -1, &elements); break;
     case Kind::kSet:
       status = engine->SetMembers(request, &elements);
       hostkit::SortByBytes(&elements);
       break;
-    case Kind::kSortedSet:
-      status = engine->SortedRange(request, 0, -1, &members);
-      break;
+    case Kind::kSortedSet: status = engine->SortedRange(request, 0, -1, &members); break;
   }
   for (std::string& element : elements) parts->push_back({.bytes = std::move(element)});
   for (auto& [member, score] : members) parts->push_back({.bytes = std::move(member), .score = score});
@@ -170,9 +163,7 @@ Status StoreElement(Engine* engine, const Request& request, const tq_kit_element
   Status status;
   switch (static_cast<Kind>(element.kind)) {
     case Kind::kNone:  // has been refused
-    case Kind::kString:
-      status = engine->Set(request, bytes, std::nullopt);
-      break;
+    case Kind::kString: status = engine->Set(request, bytes, std::nullopt); break;
     case Kind::kHash: {
       const hostkit::FieldView field{element.tag, bytes};
       status = engine->HashSet(request, {&field, 1});
@@ -180,12 +171,8 @@ Status StoreElement(Engine* engine, const Request& request, const tq_kit_element
       status = engine->HashExpire(request, {&element.tag, 1}, Milliseconds(element.field_remaining), &count);
       break;
     }
-    case Kind::kList:
-      status = engine->ListPush(request, hostkit::End::kTail, bytes, &count);
-      break;
-    case Kind::kSet:
-      status = engine->SetAdd(request, bytes, &flag);
-      break;
+    case Kind::kList: status = engine->ListPush(request, hostkit::End::kTail, bytes, &count); break;
+    case Kind::kSet: status = engine->SetAdd(request, bytes, &flag); break;
     case Kind::kSortedSet: {
       const hostkit::ScoredView member{bytes, element.score};
       status = engine->SortedAdd(request, {&member, 1}, &count);

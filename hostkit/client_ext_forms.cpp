@@ -7,13 +7,10 @@
 
 namespace {
 
-template <typename Function>
-struct Form;
-template <typename R, typename... Arguments>
-struct Form<R(Arguments...)> {
+template <typename Function> struct Form;
+template <typename R, typename... Arguments> struct Form<R(Arguments...)> {
   using Result = R;
-  template <std::size_t index>
-  using Argument = std::tuple_element_t<index, std::tuple<Arguments...>>;
+  template <std::size_t index> using Argument = std::tuple_element_t<index, std::tuple<Arguments...>>;
 };
 
 }  // namespace

@@ -47,8 +47,7 @@ int WithoutMembers(tq_global_t* g, int db, int count) {
 std::string_view ValueOf(const void* member) { return *hostkit::LiveObject(member)->value; }
 
 // Writes what take(index) gives for each member.
-template <typename Method, typename Take>
-int WriteMembers(Command command, int count, Method method, Take take) {
+template <typename Method, typename Take> int WriteMembers(Command command, int count, Method method, Take take) {
   if (const int status = command.Enter(Access::kWrite); status != TQ_MOM_OK) return status;
   return command.Run([&] {
     using Element = decltype(take(0));

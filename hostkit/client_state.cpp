@@ -49,20 +49,14 @@ int RunEvent(tq_thread* event) { return tq_global_run(static_cast<tq_global_t*>(
 
 int StatusCodeOf(StatusCode code) {
   switch (code) {
-    case StatusCode::kOk:
-      return TQ_MOM_OK;
-    case StatusCode::kWrongKind:
-      return TQ_MOM_INPUT_ERR;
-    case StatusCode::kOutOfMemory:
-      return TQ_MOM_MALLOC_ERR;
-    case StatusCode::kUnavailable:
-      return TQ_MOM_NO_READY;
-    case StatusCode::kReadOnly:
-      return TQ_MOM_GLOBAL_DB_NO_WRITE;
+    case StatusCode::kOk: return TQ_MOM_OK;
+    case StatusCode::kWrongKind: return TQ_MOM_INPUT_ERR;
+    case StatusCode::kOutOfMemory: return TQ_MOM_MALLOC_ERR;
+    case StatusCode::kUnavailable: return TQ_MOM_NO_READY;
+    case StatusCode::kReadOnly: return TQ_MOM_GLOBAL_DB_NO_WRITE;
     case StatusCode::kOutcomeUnknown:
     case StatusCode::kNotSupported:
-    case StatusCode::kFailed:
-      break;
+    case StatusCode::kFailed: break;
   }
   return TQ_MOM_ERR;
 }

@@ -1,6 +1,5 @@
 // The runtime behind a tq_global_t.
-#ifndef TQ_HOSTKIT_CLIENT_STATE_H
-#define TQ_HOSTKIT_CLIENT_STATE_H
+#pragma once
 
 #include <pthread.h>
 #include <tq_kit/subscribe.h>
@@ -96,5 +95,3 @@ bool ValidDatabase(int db);
 bool ValidName(std::string_view name);
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // The time by which values expire.
-#ifndef TQ_HOSTKIT_CLOCK_H
-#define TQ_HOSTKIT_CLOCK_H
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -23,8 +22,7 @@ class SystemClock : public Clock {
   std::int64_t Calendar() const noexcept override { return Milliseconds(std::chrono::system_clock::now()); }
 
  private:
-  template <typename Time>
-  static std::int64_t Milliseconds(Time time) noexcept {
+  template <typename Time> static std::int64_t Milliseconds(Time time) noexcept {
     return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
   }
 };
@@ -61,5 +59,3 @@ class AdjustableClock : public Clock {
 };
 
 }  // namespace hostkit
-
-#endif

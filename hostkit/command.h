@@ -7,8 +7,7 @@
 // It checks the runtime, its connection, the database, the key, the command's own arguments (Why says what is wrong
 // with one) and, for a write, that the database takes writes, in this order; then it calls the engine's method with
 // each argument as the method takes it (Passed).
-#ifndef TQ_HOSTKIT_COMMAND_H
-#define TQ_HOSTKIT_COMMAND_H
+#pragma once
 
 #include <cmath>
 #include <cstdint>
@@ -40,8 +39,7 @@ enum class Access { kRead, kWrite };
 struct Command {
   // Returns a status code.
   int OpenRuntime(tq_global_t* g);
-  template <typename... Arguments>
-  int Open(const Target& target, Access access, const Arguments&... arguments);
+  template <typename... Arguments> int Open(const Target& target, Access access, const Arguments&... arguments);
   // The checks of Open but for the command's own arguments.
   int OpenKey(const Target& target);
   // For a write, the last check.
@@ -53,8 +51,7 @@ struct Command {
   // Ends the command with a status code, or with the number on success.
   int Result(Status status, std::int64_t number) const noexcept;
   // Runs the rest of the command, which returns its result, and keeps what there is to say about a failure.
-  template <typename Body>
-  int Run(Body body) const noexcept;
+  template <typename Body> int Run(Body body) const noexcept;
 
   tq_mom_client_s* client = nullptr;
   const tq_obj* object = nullptr;
@@ -123,8 +120,7 @@ inline const char* Why(const Command& /*command*/, TimeToLive time) {
   return time.milliseconds > 0 ? nullptr : "the time is not positive";
 }
 inline const char* Why(const Command& command, const ListedFields& fields) { return fields.Why(*command.object); }
-template <typename Argument>
-const char* Why(const Command& /*command*/, const Argument& /*argument*/) {
+template <typename Argument> const char* Why(const Command& /*command*/, const Argument& /*argument*/) {
   return nullptr;
 }
 
@@ -138,13 +134,11 @@ inline std::uint32_t Passed(const Command& /*command*/, TimeToLive time) {
 inline std::vector<FieldView> Passed(const Command& command, const ListedFields& fields) {
   return fields.Of(*command.object);
 }
-template <typename Argument>
-const Argument& Passed(const Command& /*command*/, const Argument& argument) {
+template <typename Argument> const Argument& Passed(const Command& /*command*/, const Argument& argument) {
   return argument;
 }
 
-template <typename... Arguments>
-int Command::Open(const Target& target, Access access, const Arguments&... arguments) {
+template <typename... Arguments> int Command::Open(const Target& target, Access access, const Arguments&... arguments) {
   if (const int status = OpenKey(target); status != TQ_MOM_OK) return status;
   const char* why = nullptr;
   static_cast<void>(((why = Why(*this, arguments)) || ...));
@@ -156,21 +150,17 @@ Status Command::Call(Status (Engine::*method)(const Request&, Parameters...), co
   return (client->engine.get()->*method)(request, Passed(*this, arguments)...);
 }
 
-template <typename Body>
-int Command::Run(Body body) const noexcept {
+template <typename Body> int Command::Run(Body body) const noexcept {
   return Guarded(body, [this](int status, const char* why) { return client->Refuse(status, why); });
 }
 
 // The type behind a method's last parameter, if it is an out-parameter.
-template <typename Method>
-struct OutOf;
-template <typename... Parameters>
-struct OutOf<Status (Engine::*)(const Request&, Parameters...)> {
+template <typename Method> struct OutOf;
+template <typename... Parameters> struct OutOf<Status (Engine::*)(const Request&, Parameters...)> {
   using Last = std::tuple_element_t<sizeof...(Parameters), std::tuple<const Request&, Parameters...>>;
   using Type = std::conditional_t<std::is_pointer_v<Last>, std::remove_pointer_t<Last>, void>;
 };
-template <typename Method>
-using Out = typename OutOf<Method>::Type;
+template <typename Method> using Out = typename OutOf<Method>::Type;
 
 // Gives a result record the elements that the method gave, in their order.
 inline constexpr auto FillElements = [](auto* result, const Command& command, std::vector<std::string>&& elements) {
@@ -223,5 +213,3 @@ Record* RunRecord(const Target& target, Access access, Method method, Fill fill,
 }
 
 }  // namespace hostkit
-
-#endif

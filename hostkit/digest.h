@@ -1,6 +1,5 @@
 // A checksum of bytes that is the same everywhere: FNV-1a with 64 bits.
-#ifndef TQ_HOSTKIT_DIGEST_H
-#define TQ_HOSTKIT_DIGEST_H
+#pragma once
 
 #include <cstdint>
 #include <string_view>
@@ -14,5 +13,3 @@ inline std::uint64_t Digest(std::string_view bytes) {
 }
 
 }  // namespace hostkit
-
-#endif

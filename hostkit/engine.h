@@ -11,8 +11,7 @@
 // - A missing key counts as an empty value; a value that loses its last element is gone.
 // - What an array argument lists twice counts as done one after the other. Results come in any order, unless said
 //   otherwise.
-#ifndef TQ_HOSTKIT_ENGINE_H
-#define TQ_HOSTKIT_ENGINE_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -247,5 +246,3 @@ class Engine {
 Status OpenEngine(const char* name, std::unique_ptr<Engine>* engine);
 
 }  // namespace hostkit
-
-#endif

@@ -1,7 +1,6 @@
 // An engine around another one: forwards everything. The base of engines that add one thing, say a failure, a delay or
 // a record of the calls.
-#ifndef TQ_HOSTKIT_ENGINE_WRAPPER_H
-#define TQ_HOSTKIT_ENGINE_WRAPPER_H
+#pragma once
 
 #include <memory>
 #include <utility>
@@ -183,5 +182,3 @@ class EngineWrapper : public Engine {
 };
 
 }  // namespace hostkit
-
-#endif

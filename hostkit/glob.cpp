@@ -30,8 +30,7 @@ bool SetMatches(std::string_view set, unsigned char byte) {
 // Bytes of the pattern that one byte of text matches; 0 if it does not.
 std::size_t MatchOne(std::string_view pattern, unsigned char byte) {
   switch (pattern.front()) {
-    case '?':
-      return 1;
+    case '?': return 1;
     case '[':
       if (const std::size_t length = GlobSetLength(pattern); length != 0) {
         return SetMatches(pattern.substr(0, length), byte) ? length : 0;
@@ -40,8 +39,7 @@ std::size_t MatchOne(std::string_view pattern, unsigned char byte) {
     case '\\':
       if (pattern.size() > 1) return At(pattern, 1) == byte ? 2 : 0;
       break;
-    default:
-      break;
+    default: break;
   }
   return At(pattern, 0) == byte ? 1 : 0;
 }

@@ -1,6 +1,5 @@
 // Patterns over key texts.
-#ifndef TQ_HOSTKIT_GLOB_H
-#define TQ_HOSTKIT_GLOB_H
+#pragma once
 
 #include <string_view>
 
@@ -14,5 +13,3 @@ bool GlobMatches(std::string_view pattern, std::string_view text);
 std::size_t GlobSetLength(std::string_view pattern);
 
 }  // namespace hostkit
-
-#endif

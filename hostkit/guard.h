@@ -1,6 +1,5 @@
 // Where C++ ends: what the code behind a C function throws becomes its status.
-#ifndef TQ_HOSTKIT_GUARD_H
-#define TQ_HOSTKIT_GUARD_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -11,8 +10,7 @@
 namespace hostkit {
 
 // failed is told the status and a text that says why.
-template <typename Body, typename Failed>
-int Guarded(Body body, Failed failed) noexcept {
+template <typename Body, typename Failed> int Guarded(Body body, Failed failed) noexcept {
   try {
     return body();
   } catch (const std::bad_alloc&) {
@@ -24,14 +22,12 @@ int Guarded(Body body, Failed failed) noexcept {
   }
 }
 
-template <typename Body>
-int Guarded(Body body) noexcept {
+template <typename Body> int Guarded(Body body) noexcept {
   return Guarded(body, [](int status, const char* /*why*/) { return status; });
 }
 
 // Null stands for every failure.
-template <typename Body>
-auto GuardedPointer(Body body) noexcept -> decltype(body()) {
+template <typename Body> auto GuardedPointer(Body body) noexcept -> decltype(body()) {
   decltype(body()) made = nullptr;
   Guarded([&] {
     made = body();
@@ -41,5 +37,3 @@ auto GuardedPointer(Body body) noexcept -> decltype(body()) {
 }
 
 }  // namespace hostkit
-
-#endif

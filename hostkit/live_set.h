@@ -1,7 +1,6 @@
 // The addresses of the records that are the library's and not released yet. A script can pass any handle anywhere;
 // asking here tells what a pointer is without reading through it.
-#ifndef TQ_HOSTKIT_LIVE_SET_H
-#define TQ_HOSTKIT_LIVE_SET_H
+#pragma once
 
 #include <cstddef>
 #include <mutex>
@@ -9,8 +8,7 @@
 
 namespace hostkit {
 
-template <typename Tag>
-class LiveSet {
+template <typename Tag> class LiveSet {
  public:
   // Throws std::bad_alloc.
   void Add(const void* record, Tag tag) {
@@ -44,5 +42,3 @@ class LiveSet {
 };
 
 }  // namespace hostkit
-
-#endif

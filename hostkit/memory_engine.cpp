@@ -115,8 +115,7 @@ Named* MemoryEngine::Find(const Request& request) noexcept {
   return nullptr;
 }
 
-template <typename Value>
-Status MemoryEngine::Open(const Request& request, Opened<Value>* opened) {
+template <typename Value> Status MemoryEngine::Open(const Request& request, Opened<Value>* opened) {
   opened->key = Find(request);
   if (opened->key == nullptr) return {};
   const Entry& entry = opened->key->second;
@@ -125,13 +124,11 @@ Status MemoryEngine::Open(const Request& request, Opened<Value>* opened) {
   return {StatusCode::kWrongKind, std::string("the key holds ") + kKindNames[static_cast<int>(KindOf(entry))]};
 }
 
-template <typename Value>
-Named* MemoryEngine::Create(const Request& request, Value value) {
+template <typename Value> Named* MemoryEngine::Create(const Request& request, Value value) {
   return store_.Add(request.db, request.name, {.value = std::move(value)});
 }
 
-template <typename Value>
-void MemoryEngine::DropEmpty(const Request& request, const Opened<Value>& opened) noexcept {
+template <typename Value> void MemoryEngine::DropEmpty(const Request& request, const Opened<Value>& opened) noexcept {
   if (opened.value->empty()) store_.Remove(request.db, opened.key);
 }
 

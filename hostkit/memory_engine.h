@@ -1,8 +1,7 @@
 // The in-process engine: nothing to install, gone with the process unless a snapshot file is given.
 //
 // Its own promise: a call that fails, by status or by exception, has changed nothing, and nothing popped is lost.
-#ifndef TQ_HOSTKIT_MEMORY_ENGINE_H
-#define TQ_HOSTKIT_MEMORY_ENGINE_H
+#pragma once
 
 #include <memory>
 #include <optional>
@@ -97,19 +96,15 @@ class MemoryEngine : public Engine {
   // Null when there is no such key, or no longer.
   Named* Find(const Request& request) noexcept;
   // A key with its value if that is of a kind; both null when the key is missing. Gives kWrongKind for another kind.
-  template <typename Value>
-  struct Opened {
+  template <typename Value> struct Opened {
     Named* key = nullptr;
     Value* value = nullptr;
   };
-  template <typename Value>
-  Status Open(const Request& request, Opened<Value>* opened);
+  template <typename Value> Status Open(const Request& request, Opened<Value>* opened);
   // Puts a new value under a missing key. Throws std::bad_alloc.
-  template <typename Value>
-  Named* Create(const Request& request, Value value);
+  template <typename Value> Named* Create(const Request& request, Value value);
   // Removes a key whose value has no elements left.
-  template <typename Value>
-  void DropEmpty(const Request& request, const Opened<Value>& opened) noexcept;
+  template <typename Value> void DropEmpty(const Request& request, const Opened<Value>& opened) noexcept;
   // Removes the members from a rank on; returns how many.
   std::int64_t RemoveRanks(const Request& request, const Opened<SortedSet>& opened, std::size_t first,
                            std::size_t count) noexcept;
@@ -120,5 +115,3 @@ class MemoryEngine : public Engine {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // The orders that results come in, made in linear time: the stores that hand their elements out are hash tables.
-#ifndef TQ_HOSTKIT_ORDER_H
-#define TQ_HOSTKIT_ORDER_H
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -15,8 +14,7 @@ namespace hostkit {
 // Sorts by what digit(element, place) gives for the places 0, 1, ...: 0 for an element that has no more, else 1 to 256.
 // Each element is put into the bucket of its digit, and each bucket sorted by the next place.
 // Throws std::bad_alloc.
-template <typename Element, typename Digit>
-void SortByDigits(std::vector<Element>* elements, Digit digit) {
+template <typename Element, typename Digit> void SortByDigits(std::vector<Element>* elements, Digit digit) {
   struct Range {
     std::size_t first;
     std::size_t count;
@@ -61,13 +59,10 @@ inline void SortByBytes(std::vector<std::string>* texts) {
 }
 
 // number(element) gives a std::uint32_t.
-template <typename Element, typename Number>
-void SortByNumber(std::vector<Element>* elements, Number number) {
+template <typename Element, typename Number> void SortByNumber(std::vector<Element>* elements, Number number) {
   SortByDigits(elements, [&](const Element& element, std::size_t place) {
     return place < 4 ? 1U + (number(element) >> (24 - 8 * place) & 0xff) : 0U;
   });
 }
 
 }  // namespace hostkit
-
-#endif

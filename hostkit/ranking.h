@@ -1,6 +1,5 @@
 // The members of a sorted set in the order of their scores, those of one score by their bytes.
-#ifndef TQ_HOSTKIT_RANKING_H
-#define TQ_HOSTKIT_RANKING_H
+#pragma once
 
 #include <cstddef>
 #include <ext/pb_ds/assoc_container.hpp>
@@ -24,5 +23,3 @@ using Ranking = __gnu_pbds::tree<Ranked, __gnu_pbds::null_type, std::less<>, __g
                                  __gnu_pbds::tree_order_statistics_node_update>;
 
 }  // namespace hostkit
-
-#endif

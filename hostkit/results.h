@@ -1,6 +1,5 @@
 // Result records with everything they own.
-#ifndef TQ_HOSTKIT_RESULTS_H
-#define TQ_HOSTKIT_RESULTS_H
+#pragma once
 
 #include <tq_mom/results.h>
 
@@ -23,28 +22,18 @@ enum class ResultTag { kGet, kIncr, kHash, kLrange, kSmembers, kZrange, kZrangeb
 LiveSet<ResultTag>& LiveResults();
 
 // There is no default: a record that is no result does not compile.
-template <typename Record>
-extern const ResultTag kTagOf;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_get_res_t> = ResultTag::kGet;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_incr_res_t> = ResultTag::kIncr;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_hash_res_t> = ResultTag::kHash;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_lrange_res_t> = ResultTag::kLrange;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_smembers_res_t> = ResultTag::kSmembers;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_zrange_res_t> = ResultTag::kZrange;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_zrangebyscore_res_t> = ResultTag::kZrangebyscore;
-template <>
-inline constexpr ResultTag kTagOf<tq_mom_zscore_res_t> = ResultTag::kZscore;
+template <typename Record> extern const ResultTag kTagOf;
+template <> inline constexpr ResultTag kTagOf<tq_mom_get_res_t> = ResultTag::kGet;
+template <> inline constexpr ResultTag kTagOf<tq_mom_incr_res_t> = ResultTag::kIncr;
+template <> inline constexpr ResultTag kTagOf<tq_mom_hash_res_t> = ResultTag::kHash;
+template <> inline constexpr ResultTag kTagOf<tq_mom_lrange_res_t> = ResultTag::kLrange;
+template <> inline constexpr ResultTag kTagOf<tq_mom_smembers_res_t> = ResultTag::kSmembers;
+template <> inline constexpr ResultTag kTagOf<tq_mom_zrange_res_t> = ResultTag::kZrange;
+template <> inline constexpr ResultTag kTagOf<tq_mom_zrangebyscore_res_t> = ResultTag::kZrangebyscore;
+template <> inline constexpr ResultTag kTagOf<tq_mom_zscore_res_t> = ResultTag::kZscore;
 
 // A script may overwrite the record's fields, so what it owns is kept beside it.
-template <typename Record>
-struct Result : Record {
+template <typename Record> struct Result : Record {
   // Throws std::bad_alloc.
   Result() : Record{} { LiveResults().Add(static_cast<Record*>(this), kTagOf<Record>); }
   ~Result() { LiveResults().Remove(static_cast<Record*>(this), kTagOf<Record>); }
@@ -74,8 +63,7 @@ struct Result : Record {
 
 // Makes a result, lets the body fill it and return a status, and gives it out with that status. Null when memory runs
 // out here. client, which may be null, keeps what there is to say about a failure.
-template <typename Record, typename Body>
-Record* MakeResult(tq_mom_client_s* client, Body body) noexcept {
+template <typename Record, typename Body> Record* MakeResult(tq_mom_client_s* client, Body body) noexcept {
   const auto failed = [&](int status, const char* why) {
     return client != nullptr ? client->Refuse(status, why) : status;
   };
@@ -94,8 +82,7 @@ Record* MakeResult(tq_mom_client_s* client, Body body) noexcept {
   return result.release();
 }
 
-template <typename Record>
-int FreeResult(Record* record) noexcept {
+template <typename Record> int FreeResult(Record* record) noexcept {
   if (record == nullptr) return TQ_MOM_OK;
   if (!LiveResults().Contains(record, kTagOf<Record>)) return TQ_MOM_INPUT_ERR;
   delete static_cast<Result<Record>*>(record);
@@ -103,5 +90,3 @@ int FreeResult(Record* record) noexcept {
 }
 
 }  // namespace hostkit
-
-#endif

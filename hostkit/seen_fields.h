@@ -1,7 +1,6 @@
 // What a runtime has last delivered of the fields of hashes, so that it can tell which have changed since. Bounded: of
 // the hashes that were read longest ago it forgets everything, and their fields count as changed.
-#ifndef TQ_HOSTKIT_SEEN_FIELDS_H
-#define TQ_HOSTKIT_SEEN_FIELDS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -62,5 +61,3 @@ class SeenFields {
 };
 
 }  // namespace hostkit
-
-#endif

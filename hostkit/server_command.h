@@ -1,6 +1,5 @@
 // A command on its way to a server.
-#ifndef TQ_HOSTKIT_SERVER_COMMAND_H
-#define TQ_HOSTKIT_SERVER_COMMAND_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -63,5 +62,3 @@ class ServerCommand {
 };
 
 }  // namespace hostkit
-
-#endif

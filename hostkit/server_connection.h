@@ -1,6 +1,5 @@
 // A connection to a server, which hiredis speaks the protocol for.
-#ifndef TQ_HOSTKIT_SERVER_CONNECTION_H
-#define TQ_HOSTKIT_SERVER_CONNECTION_H
+#pragma once
 
 #include <hiredis/hiredis.h>
 
@@ -60,5 +59,3 @@ class Connection : public Link {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -209,8 +209,7 @@ class ServerEngine : public Engine {
 
   CallEnd EndOf(TimeLimit limit) const { return CallEnd(limit.count() != 0 ? limit : options_.timeout); }
 
-  template <typename What>
-  ServerCommand Made(Effect effect, What what, const Request& request) const {
+  template <typename What> ServerCommand Made(Effect effect, What what, const Request& request) const {
     ServerCommand command = [&] {
       if constexpr (std::is_same_v<What, Script>)
         return ServerCommand(effect, what, 1);
@@ -220,12 +219,10 @@ class ServerEngine : public Engine {
     command.AddKey(options_.prefix, request.db, request.name);
     return command;
   }
-  template <typename What>
-  ServerCommand Reading(What what, const Request& request) const {
+  template <typename What> ServerCommand Reading(What what, const Request& request) const {
     return Made(Effect::kReads, what, request);
   }
-  template <typename What>
-  ServerCommand Writing(What what, const Request& request) const {
+  template <typename What> ServerCommand Writing(What what, const Request& request) const {
     return Made(Effect::kWrites, what, request);
   }
 
@@ -242,12 +239,10 @@ class ServerEngine : public Engine {
   }
 
   // Runs a command and takes its answer into *out; nullptr for one that is a plain OK.
-  template <typename Out>
-  Status Call(const Request& request, ServerCommand&& command, Out out) {
+  template <typename Out> Status Call(const Request& request, ServerCommand&& command, Out out) {
     return Call(request, command, out);
   }
-  template <typename Out>
-  Status Call(const Request& request, ServerCommand& command, Out out) {
+  template <typename Out> Status Call(const Request& request, ServerCommand& command, Out out) {
     ReplyPtr reply;
     if (Status status = router_.Run(&command, EndOf(request.limit), &reply); !status.ok()) return status;
     return Take(*reply, out) ? Status() : UnexpectedForm(command.writes());

@@ -1,8 +1,7 @@
 // The engine over a server or a cluster of servers.
 //
 // A key is kept as <prefix><database>:<name>, and as the server's own kind of value.
-#ifndef TQ_HOSTKIT_SERVER_ENGINE_H
-#define TQ_HOSTKIT_SERVER_ENGINE_H
+#pragma once
 
 #include <memory>
 #include <string_view>
@@ -16,5 +15,3 @@ namespace hostkit {
 Status OpenServerEngine(std::string_view url, std::unique_ptr<Engine>* engine);
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // A way to one node: commands go out, answers come back.
-#ifndef TQ_HOSTKIT_SERVER_LINK_H
-#define TQ_HOSTKIT_SERVER_LINK_H
+#pragma once
 
 #include <algorithm>
 #include <chrono>
@@ -55,5 +54,3 @@ class Link {
 };
 
 }  // namespace hostkit
-
-#endif

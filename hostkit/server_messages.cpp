@@ -32,8 +32,7 @@ bool ServerMessages::IsSubscribed(const std::string& server_pattern) const {
                      [&](const Subscription& known) { return known.server_pattern == server_pattern; });
 }
 
-template <typename Until>
-Status ServerMessages::ReadUntil(const CallEnd& end, Until until, bool* reached) {
+template <typename Until> Status ServerMessages::ReadUntil(const CallEnd& end, Until until, bool* reached) {
   for (*reached = false; !*reached;) {
     ReplyPtr reply;
     std::string why;

@@ -2,8 +2,7 @@
 //
 // In a cluster every message reaches every node. All runtimes subscribe and publish at one, the one that has slot 0, so
 // that a publish can count whom it reaches.
-#ifndef TQ_HOSTKIT_SERVER_MESSAGES_H
-#define TQ_HOSTKIT_SERVER_MESSAGES_H
+#pragma once
 
 #include <deque>
 #include <memory>
@@ -46,8 +45,7 @@ class ServerMessages {
   Status Open(const CallEnd& end);
   Status Tell(std::string_view verb, const std::string& server_pattern, const CallEnd& end);
   // Reads what arrives until `until` returns true; false at the end of the time.
-  template <typename Until>
-  Status ReadUntil(const CallEnd& end, Until until, bool* reached);
+  template <typename Until> Status ReadUntil(const CallEnd& end, Until until, bool* reached);
   void TakeMessage(const redisReply& reply);
 
   Router* const router_;
@@ -58,5 +56,3 @@ class ServerMessages {
 };
 
 }  // namespace hostkit
-
-#endif

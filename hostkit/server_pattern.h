@@ -1,6 +1,5 @@
 // Our globs in a server's words.
-#ifndef TQ_HOSTKIT_SERVER_PATTERN_H
-#define TQ_HOSTKIT_SERVER_PATTERN_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -11,5 +10,3 @@ namespace hostkit {
 std::string ServerPattern(std::string_view prefix, int db, std::string_view glob);
 
 }  // namespace hostkit
-
-#endif

@@ -51,21 +51,18 @@ bool ParseScore(const redisReply& reply, double* score) {
   return end == reply.str + reply.len;
 }
 
-template <typename Number>
-bool ParseWhole(std::string_view text, Number* number) {
+template <typename Number> bool ParseWhole(std::string_view text, Number* number) {
   const auto [parsed, failure] = std::from_chars(text.data(), text.data() + text.size(), *number);
   return failure == std::errc() && parsed == text.data() + text.size();
 }
 
-template <typename Value>
-bool TakeOptional(const redisReply& reply, std::optional<Value>* value) {
+template <typename Value> bool TakeOptional(const redisReply& reply, std::optional<Value>* value) {
   if (reply.type == REDIS_REPLY_NIL) return true;
   return Take(reply, &value->emplace());
 }
 
 // Calls take(first, second) for each pair of elements; false as soon as it returns false.
-template <typename TakePair>
-bool ForEachPair(const redisReply& reply, TakePair take) {
+template <typename TakePair> bool ForEachPair(const redisReply& reply, TakePair take) {
   if (reply.type != REDIS_REPLY_ARRAY || reply.elements % 2 != 0) return false;
   for (std::size_t index = 0; index < reply.elements; index += 2) {
     if (!take(*reply.element[index], *reply.element[index + 1])) return false;

@@ -1,6 +1,5 @@
 // What a server answers, and what it means.
-#ifndef TQ_HOSTKIT_SERVER_REPLY_H
-#define TQ_HOSTKIT_SERVER_REPLY_H
+#pragma once
 
 #include <hiredis/hiredis.h>
 
@@ -65,5 +64,3 @@ bool Take(const redisReply& reply, std::vector<FieldRemaining>* fields);
 std::string_view InfoValue(std::string_view info, std::string_view name);
 
 }  // namespace hostkit
-
-#endif

@@ -74,9 +74,7 @@ Status Router::Refresh(const CallEnd& end) {
         break;
       case Delivery::kRefused:
       case Delivery::kNotSent:
-      case Delivery::kUnanswered:
-        status = {StatusCode::kUnavailable, std::move(why)};
-        break;
+      case Delivery::kUnanswered: status = {StatusCode::kUnavailable, std::move(why)}; break;
     }
   }
   return status;
@@ -118,37 +116,26 @@ Router::Next Router::Try(ServerCommand* command, const CallEnd& end, Attempt* at
 
   std::string why;
   switch (LinkTo(attempt->node).Exchange({commands.data(), count}, end, &replies_, &why)) {
-    case Delivery::kNotSent:
-      attempt->status = {StatusCode::kUnavailable, std::move(why)};
-      return Next::kRescue;
+    case Delivery::kNotSent: attempt->status = {StatusCode::kUnavailable, std::move(why)}; return Next::kRescue;
     case Delivery::kUnanswered:
       attempt->status = {command->writes() ? StatusCode::kOutcomeUnknown : StatusCode::kUnavailable, std::move(why)};
       return command->writes() ? Next::kReturn : Next::kRescue;
-    case Delivery::kRefused:
-      attempt->status = {StatusCode::kUnavailable, std::move(why)};
-      return Next::kReturn;
-    case Delivery::kAnswered:
-      break;
+    case Delivery::kRefused: attempt->status = {StatusCode::kUnavailable, std::move(why)}; return Next::kReturn;
+    case Delivery::kAnswered: break;
   }
 
   const redisReply& answer = *replies_[position];
   const Verdict verdict = Judge(answer);
   switch (verdict) {
-    case Verdict::kDone:
-      break;
+    case Verdict::kDone: break;
     case Verdict::kMoved:
-    case Verdict::kAsk:
-      return Redirect(*command, answer, verdict == Verdict::kAsk, attempt);
-    case Verdict::kNoScript:
-      command->SpellOutScript();
-      return Next::kRepeat;
+    case Verdict::kAsk: return Redirect(*command, answer, verdict == Verdict::kAsk, attempt);
+    case Verdict::kNoScript: command->SpellOutScript(); return Next::kRepeat;
     case Verdict::kLater:
       stale_ = true;
       attempt->status = StatusOf(answer);
       return Next::kPause;
-    case Verdict::kRefused:
-      attempt->status = StatusOf(answer);
-      return Next::kReturn;
+    case Verdict::kRefused: attempt->status = StatusOf(answer); return Next::kReturn;
   }
   attempt->status = {};
   if (std::int64_t replicas; waits && (!Take(*replies_.back(), &replicas) || replicas < options_.wait)) {

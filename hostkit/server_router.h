@@ -2,8 +2,7 @@
 //
 // A command that was not carried out is sent again as long as the call has time: to another node when the slots have
 // moved, after a pause when the server asks for one. One whose answer was lost is sent again only if it reads.
-#ifndef TQ_HOSTKIT_SERVER_ROUTER_H
-#define TQ_HOSTKIT_SERVER_ROUTER_H
+#pragma once
 
 #include <chrono>
 #include <functional>
@@ -74,5 +73,3 @@ class Router {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -3,8 +3,7 @@
 // A server hands out a key twice when its table shrinks meanwhile, and a cluster when a slot moves. So the scan
 // remembers what it has handed out; to do that in bounded memory, it walks a large store several times, each time for
 // another part of the keys. What a slot's move may have hidden is walked again.
-#ifndef TQ_HOSTKIT_SERVER_SCAN_H
-#define TQ_HOSTKIT_SERVER_SCAN_H
+#pragma once
 
 #include <bitset>
 #include <cstddef>
@@ -89,5 +88,3 @@ class ServerScan : public Cursor {
 };
 
 }  // namespace hostkit
-
-#endif

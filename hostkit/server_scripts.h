@@ -3,8 +3,7 @@
 // A hash keeps its fields under their numbers, and the deadline of a field, in milliseconds of the server's calendar,
 // under "<number>:expires". When all its fields expire, so does the key, with the last of them; what the key itself was
 // told is then kept under ":expires", "never" included.
-#ifndef TQ_HOSTKIT_SERVER_SCRIPTS_H
-#define TQ_HOSTKIT_SERVER_SCRIPTS_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -34,5 +33,3 @@ std::string_view DigestOf(Script script);
 std::string Sha1(std::string_view text);
 
 }  // namespace hostkit
-
-#endif

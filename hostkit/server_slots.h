@@ -1,6 +1,5 @@
 // Which node of a cluster has which keys.
-#ifndef TQ_HOSTKIT_SERVER_SLOTS_H
-#define TQ_HOSTKIT_SERVER_SLOTS_H
+#pragma once
 
 #include <array>
 #include <cstdint>
@@ -51,5 +50,3 @@ class SlotMap {
 };
 
 }  // namespace hostkit
-
-#endif

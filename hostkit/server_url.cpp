@@ -13,8 +13,7 @@ constexpr std::string_view kHostScheme = "redis://";
 constexpr std::string_view kPathScheme = "redis+unix://";
 constexpr int kDefaultPort = 6379;
 
-template <typename Number>
-bool ParseNumber(std::string_view text, int base, Number* number) {
+template <typename Number> bool ParseNumber(std::string_view text, int base, Number* number) {
   const char* const end = text.data() + text.size();
   const auto [parsed, failure] = std::from_chars(text.data(), end, *number, base);
   return failure == std::errc() && parsed == end;

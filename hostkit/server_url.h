@@ -7,8 +7,7 @@
 //   wait=n              replicas that must have a write before it counts as done
 //   prefix=text         goes before every key and channel
 //   node=host[:port]    another node of the cluster to ask if the first is away; may be repeated
-#ifndef TQ_HOSTKIT_SERVER_URL_H
-#define TQ_HOSTKIT_SERVER_URL_H
+#pragma once
 
 #include <chrono>
 #include <string>
@@ -48,5 +47,3 @@ bool IsServerUrl(std::string_view name);
 bool ParseServerUrl(std::string_view url, ServerOptions* options, std::string* error);
 
 }  // namespace hostkit
-
-#endif

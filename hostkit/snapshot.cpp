@@ -134,9 +134,7 @@ class Reader {
 
   void Value(std::uint64_t kind, Entry* entry) {
     switch (kind) {
-      case kString:
-        entry->value = Bytes();
-        return;
+      case kString: entry->value = Bytes(); return;
       case kHash: {
         Hash& hash = entry->value.emplace<Hash>();
         Each([&] {
@@ -173,8 +171,7 @@ class Reader {
         });
         return;
       }
-      default:
-        throw Damaged();
+      default: throw Damaged();
     }
   }
 
@@ -187,8 +184,7 @@ class Reader {
   }
 
   // Reads the elements of a value, of which there is at least one.
-  template <typename Body>
-  void Each(Body body) {
+  template <typename Body> void Each(Body body) {
     const std::uint64_t count = Number(4);
     if (count == 0) throw Damaged();
     for (std::uint64_t index = 0; index < count; ++index) {

@@ -7,8 +7,7 @@
 // milliseconds. Values: string: bytes; hash: count, then tag (32 bits), bytes, deadline, 0 or 1 (8 bits, without a
 // meaning); list and set: count, then bytes; sorted set: count, then member and score (the 64 bits of a double). A
 // count has 32 bits.
-#ifndef TQ_HOSTKIT_SNAPSHOT_H
-#define TQ_HOSTKIT_SNAPSHOT_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -29,5 +28,3 @@ Status WriteSnapshot(const std::string& path, const Clock& clock, const Store& s
 Status ReadSnapshot(const std::string& path, const Clock& clock, Store* store);
 
 }  // namespace hostkit
-
-#endif

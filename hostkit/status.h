@@ -1,6 +1,5 @@
 // How a call of an engine ended.
-#ifndef TQ_HOSTKIT_STATUS_H
-#define TQ_HOSTKIT_STATUS_H
+#pragma once
 
 #include <string>
 #include <utility>
@@ -35,5 +34,3 @@ class [[nodiscard]] Status {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // What the in-process engine stores: keys by name, in the order of their names, and by the time at which they are due.
-#ifndef TQ_HOSTKIT_STORE_H
-#define TQ_HOSTKIT_STORE_H
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -31,14 +30,12 @@ struct TextHash {
   using is_transparent = void;
   std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
 };
-template <typename Value>
-using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+template <typename Value> using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
 // Makes room in a hash table, so that adding that many elements by their nodes cannot fail.
 // Throws std::bad_alloc.
-template <typename Table>
-void MakeRoom(Table* table, std::size_t more) {
+template <typename Table> void MakeRoom(Table* table, std::size_t more) {
   const std::size_t wanted = table->size() + more + 1;
   // Not for a table that has the room: reserve makes it smaller, too.
   if (wanted > table->bucket_count()) table->reserve(std::max(wanted, 2 * table->size()));
@@ -143,5 +140,3 @@ class Store {
 };
 
 }  // namespace hostkit
-
-#endif

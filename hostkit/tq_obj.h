@@ -1,6 +1,5 @@
 // A value object from the inside of the client library.
-#ifndef TQ_HOSTKIT_TQ_OBJ_H
-#define TQ_HOSTKIT_TQ_OBJ_H
+#pragma once
 
 #include <tq_kit/value_object.h>
 
@@ -47,5 +46,3 @@ const tq_obj* LiveObject(const void* pointer);
 std::size_t ObjectsGivenOut() noexcept;
 
 }  // namespace hostkit
-
-#endif

@@ -66,16 +66,13 @@ struct FieldType {
   TypeId type = kVoid;
 };
 
-template <class T>
-struct Of {};
+template <class T> struct Of {};
 
-template <class T>
-constexpr FieldType HandleField(FieldKind kind, Parameter parameter = Parameter::Of(kTypeOf<T>)) {
+template <class T> constexpr FieldType HandleField(FieldKind kind, Parameter parameter = Parameter::Of(kTypeOf<T>)) {
   return {kind, parameter, kTypeOf<T>};
 }
 
-template <class T>
-constexpr FieldType FieldFor(Of<T>) {
+template <class T> constexpr FieldType FieldFor(Of<T>) {
   static_assert(!std::is_same_v<T, T>,
                 "No field has a member of this type: records/fields.h lists those that have. A part of the record is "
                 "TQ_EMBEDDED, an array TQ_ARRAY");
@@ -109,8 +106,7 @@ requires std::is_class_v<T>
 constexpr FieldType FieldFor(Of<T*>) { return HandleField<T>(FieldKind::kAdopted); }
 
 // The same for an array, by the type of its elements.
-template <class T>
-constexpr FieldType ArrayFor(Of<T>) {
+template <class T> constexpr FieldType ArrayFor(Of<T>) {
   static_assert(!std::is_same_v<T, T>, "No field is an array of elements of this type");
   return {};
 }
@@ -118,8 +114,7 @@ constexpr FieldType ArrayFor(Of<tq_obj*>) { return HandleField<tq_obj*>(FieldKin
 constexpr FieldType ArrayFor(Of<double>) { return HandleField<double>(FieldKind::kScores); }
 constexpr FieldType ArrayFor(Of<std::size_t>) { return HandleField<std::size_t>(FieldKind::kTags); }
 
-template <class Member>
-constexpr Field MakeField(std::string_view name, std::size_t offset) {
+template <class Member> constexpr Field MakeField(std::string_view name, std::size_t offset) {
   FieldType type = FieldFor(Of<Member>());
   return {name, type.kind, type.parameter, type.type, offset, sizeof(Member)};
 }
@@ -132,8 +127,7 @@ constexpr Field MakeArray(std::string_view name, std::size_t offset, std::size_t
   return {name, type.kind, type.parameter, type.type, offset, count_offset};
 }
 
-template <class Member>
-constexpr Field MakeInt64(std::string_view name, std::size_t offset) {
+template <class Member> constexpr Field MakeInt64(std::string_view name, std::size_t offset) {
   static_assert(std::is_integral_v<Member> && sizeof(Member) == 8, "TQ_INT64 is for an int64_t");
   return {name, FieldKind::kInt64, Parameter::Of(Kind::kInt64, "int64_t"), kVoid, offset, sizeof(Member)};
 }

@@ -6,15 +6,13 @@
 namespace tq_mom {
 namespace {
 
-template <class T>
-T Load(const char* member) {
+template <class T> T Load(const char* member) {
   T value;
   std::memcpy(&value, member, sizeof(value));
   return value;
 }
 
-template <class T>
-bool Save(char* member, T value) {
+template <class T> bool Save(char* member, T value) {
   if (member != nullptr) std::memcpy(member, &value, sizeof(value));
   return true;
 }
@@ -82,16 +80,11 @@ bool StoreCopy(lua_State* L, char* member, const FieldRow& field, int index) {
 
 void PushMember(lua_State* L, char* member, const FieldRow& field) {
   switch (field.kind) {
-    case FieldKind::kInt:
-      return binding::PushNumber(L, Load<int>(member));
-    case FieldKind::kShort:
-      return binding::PushNumber(L, int{Load<short>(member)});
-    case FieldKind::kSize:
-      return binding::PushNumber(L, static_cast<std::int64_t>(Load<std::size_t>(member)));
-    case FieldKind::kInt64:
-      return binding::PushNumber(L, Load<std::int64_t>(member));
-    case FieldKind::kDouble:
-      return lua_pushnumber(L, Load<double>(member));
+    case FieldKind::kInt: return binding::PushNumber(L, Load<int>(member));
+    case FieldKind::kShort: return binding::PushNumber(L, int{Load<short>(member)});
+    case FieldKind::kSize: return binding::PushNumber(L, static_cast<std::int64_t>(Load<std::size_t>(member)));
+    case FieldKind::kInt64: return binding::PushNumber(L, Load<std::int64_t>(member));
+    case FieldKind::kDouble: return lua_pushnumber(L, Load<double>(member));
     case FieldKind::kCharArray:
       // A string at an address that was pushed before is found by that, without hashing it.
       if (member[field.detail - 1] == '\0') {
@@ -100,12 +93,9 @@ void PushMember(lua_State* L, char* member, const FieldRow& field) {
         lua_pushlstring(L, member, strnlen(member, field.detail));
       }
       return;
-    case FieldKind::kOwnedString:
-      lua_pushstring(L, Load<const char*>(member));
-      return;
+    case FieldKind::kOwnedString: lua_pushstring(L, Load<const char*>(member)); return;
     case FieldKind::kEmbedded:
-    case FieldKind::kReadOnly:
-      return binding::PushHandle(L, member, Type(field.type), 0);
+    case FieldKind::kReadOnly: return binding::PushHandle(L, member, Type(field.type), 0);
     case FieldKind::kObjects:
       return PushArray<void*>(L, member, field,
                               [L](void* element) { binding::PushHandle(L, element, Type(kVoid), 0); });
@@ -114,8 +104,7 @@ void PushMember(lua_State* L, char* member, const FieldRow& field) {
     case FieldKind::kTags:
       return PushArray<std::size_t>(
           L, member, field, [L](std::size_t element) { lua_pushinteger(L, static_cast<lua_Integer>(element)); });
-    default:
-      return binding::PushHandle(L, Load<void*>(member), Type(field.type), 0);
+    default: return binding::PushHandle(L, Load<void*>(member), Type(field.type), 0);
   }
 }
 
@@ -142,26 +131,19 @@ bool StoreMember(lua_State* L, char* member, const FieldRow& field, int index) {
       double value = lua_tonumberx(L, index, &is_number);
       return is_number && Save(member, value);
     }
-    case FieldKind::kCharArray:
-      return StoreCharacters(L, member, field, index);
-    case FieldKind::kOwnedString:
-      return StoreOwnedString(L, member, index);
+    case FieldKind::kCharArray: return StoreCharacters(L, member, field, index);
+    case FieldKind::kOwnedString: return StoreOwnedString(L, member, index);
     case FieldKind::kUntyped:
       if (!lua_isuserdata(L, index) && !lua_isnil(L, index)) return false;
       [[fallthrough]];
-    case FieldKind::kAnything:
-      return Save(member, binding::UntypedPointerAt(L, index));
-    case FieldKind::kBlock:
-      return Save(member, lua_touserdata(L, index));
+    case FieldKind::kAnything: return Save(member, binding::UntypedPointerAt(L, index));
+    case FieldKind::kBlock: return Save(member, lua_touserdata(L, index));
     case FieldKind::kShared:
-    case FieldKind::kObjects:
-      return StorePointer(L, member, field, index, 0);
+    case FieldKind::kObjects: return StorePointer(L, member, field, index, 0);
     case FieldKind::kAdopted:
     case FieldKind::kScores:
-    case FieldKind::kTags:
-      return StorePointer(L, member, field, index, binding::kDisown);
-    default:
-      return StoreCopy(L, member, field, index);
+    case FieldKind::kTags: return StorePointer(L, member, field, index, binding::kDisown);
+    default: return StoreCopy(L, member, field, index);
   }
 }
 

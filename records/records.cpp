@@ -22,14 +22,12 @@ using binding::NamespaceRecord;
 
 constexpr std::span<const RecordClass> kFamilies[] = {kOptions, kResults, kMessages, kRuntimeRecords};
 
-template <class Visit>
-constexpr void ForEachClass(Visit visit) {
+template <class Visit> constexpr void ForEachClass(Visit visit) {
   for (std::span<const RecordClass> family : kFamilies) {
     for (const RecordClass& row : family) visit(row);
   }
 }
-template <class Visit>
-constexpr void ForEachField(Visit visit) {
+template <class Visit> constexpr void ForEachField(Visit visit) {
   ForEachClass([&](const RecordClass& row) {
     for (int i = 0; i < row.field_count; ++i) visit(row.type, row.fields[i]);
   });

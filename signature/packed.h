@@ -8,8 +8,7 @@
 namespace tq_mom {
 
 // A string as a template's argument.
-template <std::size_t size>
-struct Literal {
+template <std::size_t size> struct Literal {
   consteval Literal(const char (&literal)[size]) {  // NOLINT(google-explicit-constructor)
     for (std::size_t i = 0; i < size; ++i) text[i] = literal[i];
   }
@@ -19,8 +18,7 @@ struct Literal {
 };
 
 // Strings, each ended by a NUL.
-template <std::size_t capacity>
-struct Packed {
+template <std::size_t capacity> struct Packed {
   // The offset of the string, which is added unless it is there.
   constexpr std::uint16_t Add(std::string_view string) {
     for (std::size_t at = 0; at < size; at += std::string_view(text + at).size() + 1) {
@@ -31,16 +29,14 @@ struct Packed {
     return static_cast<std::uint16_t>(at);
   }
   // Adds the parts as one string.
-  template <class... Part>
-  constexpr void Append(Part... parts) {
+  template <class... Part> constexpr void Append(Part... parts) {
     for (std::string_view part : {std::string_view{parts}...}) {
       for (char c : part) text[size++] = c;
     }
     text[size++] = '\0';
   }
   // For kTrimmed.
-  template <std::size_t exact>
-  constexpr Packed<exact> Trimmed() const {
+  template <std::size_t exact> constexpr Packed<exact> Trimmed() const {
     Packed<exact> trimmed;
     for (; trimmed.size < exact; ++trimmed.size) trimmed.text[trimmed.size] = text[trimmed.size];
     return trimmed;
@@ -51,7 +47,6 @@ struct Packed {
 };
 
 // What the function returns, in a block of just its size.
-template <auto pack>
-inline constexpr auto kTrimmed = pack().template Trimmed<pack().size>();
+template <auto pack> inline constexpr auto kTrimmed = pack().template Trimmed<pack().size>();
 
 }  // namespace tq_mom

@@ -18,15 +18,11 @@ bool IsOfKind(lua_State* L, int index, Kind kind) {
     case Kind::kUnsigned:
     case Kind::kSize:
     case Kind::kInt64:
-    case Kind::kDouble:
-      return lua_isnumber(L, index);
-    case Kind::kString:
-      return lua_isstring(L, index) || lua_isnil(L, index);
+    case Kind::kDouble: return lua_isnumber(L, index);
+    case Kind::kString: return lua_isstring(L, index) || lua_isnil(L, index);
     case Kind::kHandle:
-    case Kind::kUntyped:
-      return lua_isuserdata(L, index) || lua_isnil(L, index);
-    default:
-      return true;
+    case Kind::kUntyped: return lua_isuserdata(L, index) || lua_isnil(L, index);
+    default: return true;
   }
 }
 

@@ -38,8 +38,7 @@ union Slot {
   double number;
   timeval timeout;
 
-  template <class T>
-  T Get() const {
+  template <class T> T Get() const {
     if constexpr (std::is_same_v<T, void*>) return pointer;
     if constexpr (std::is_same_v<T, int>) return integer;
     if constexpr (std::is_same_v<T, std::uint32_t>) return unsigned_integer;
@@ -49,15 +48,12 @@ union Slot {
   }
 };
 
-template <class... A, class... B>
-List<A..., B...> operator+(List<A...>, List<B...>);
-template <class... L>
-using Join = decltype((List<>() + ... + L()));
+template <class... A, class... B> List<A..., B...> operator+(List<A...>, List<B...>);
+template <class... L> using Join = decltype((List<>() + ... + L()));
 
 // Whether a script sees no difference between the two C types: integers of the same size and sign, whatever they are
 // called.
-template <class T, class C>
-constexpr bool IsAlike() {
+template <class T, class C> constexpr bool IsAlike() {
   if constexpr (std::is_same_v<T, C>) {
     return true;
   } else if constexpr (std::is_integral_v<T> && std::is_enum_v<C>) {
@@ -70,15 +66,12 @@ constexpr bool IsAlike() {
 }
 
 // A native parameter: how it is passed, and which C types it takes.
-template <class T>
-struct Passed {
+template <class T> struct Passed {
   using Type = T;
-  template <class C>
-  static constexpr bool kTakes = IsAlike<T, C>();
+  template <class C> static constexpr bool kTakes = IsAlike<T, C>();
 };
 // A pointer to one of the types, const or not.
-template <class... T>
-struct PassedPointer {
+template <class... T> struct PassedPointer {
   using Type = void*;
   template <class C>
   static constexpr bool kTakes = std::is_pointer_v<C> &&
@@ -86,14 +79,12 @@ struct PassedPointer {
 };
 
 // What a word of a signature means: the Lua argument and the native parameters.
-template <class Word>
-struct Meaning {
+template <class Word> struct Meaning {
   static_assert(!std::is_same_v<Word, Word>,
                 "This is no word of a command's signature: signature/shape.h has them. An array is Integers, Scores or "
                 "Members, which stand for its count, too; a value that the client function stores is Out");
 };
-template <Parameter parameter, class... Native>
-struct Means {
+template <Parameter parameter, class... Native> struct Means {
   static constexpr bool kIsOut = false;
   static constexpr Parameter kParameter = parameter;
   using Natives = List<Native...>;
@@ -102,37 +93,23 @@ template <class T>
 requires std::is_class_v<T>
 struct Meaning<T*> : Means<Parameter::Of(kTypeOf<T>), PassedPointer<T>> {
 };
-template <>
-struct Meaning<AnyRecord> : Means<Parameter::Of(kVoid), PassedPointer<void>> {};
-template <>
-struct Meaning<Key> : Means<Parameter::Of(Kind::kKey), PassedPointer<void, tq_obj>> {};
-template <>
-struct Meaning<int> : Means<Parameter::Of(Kind::kInt, "int"), Passed<int>> {};
-template <>
-struct Meaning<Unsigned> : Means<Parameter::Of(Kind::kUnsigned, "unsigned int"), Passed<Unsigned>> {};
-template <>
-struct Meaning<Size> : Means<Parameter::Of(Kind::kSize, "size_t"), Passed<std::size_t>> {};
-template <>
-struct Meaning<double> : Means<Parameter::Of(Kind::kDouble, "double"), Passed<double>> {};
-template <>
-struct Meaning<Timeout> : Means<Parameter::Of(Kind::kTimeout), Passed<timeval>> {};
-template <>
-struct Meaning<Text> : Means<Parameter::Of(Kind::kString, "char *"), PassedPointer<char>> {};
-template <>
-struct Meaning<Integers> : Means<Parameter::Of(Kind::kIntegers), PassedPointer<int>, Passed<int>> {};
-template <>
-struct Meaning<Scores> : Means<Parameter::Of(Kind::kScores), PassedPointer<double>, Passed<int>> {};
+template <> struct Meaning<AnyRecord> : Means<Parameter::Of(kVoid), PassedPointer<void>> {};
+template <> struct Meaning<Key> : Means<Parameter::Of(Kind::kKey), PassedPointer<void, tq_obj>> {};
+template <> struct Meaning<int> : Means<Parameter::Of(Kind::kInt, "int"), Passed<int>> {};
+template <> struct Meaning<Unsigned> : Means<Parameter::Of(Kind::kUnsigned, "unsigned int"), Passed<Unsigned>> {};
+template <> struct Meaning<Size> : Means<Parameter::Of(Kind::kSize, "size_t"), Passed<std::size_t>> {};
+template <> struct Meaning<double> : Means<Parameter::Of(Kind::kDouble, "double"), Passed<double>> {};
+template <> struct Meaning<Timeout> : Means<Parameter::Of(Kind::kTimeout), Passed<timeval>> {};
+template <> struct Meaning<Text> : Means<Parameter::Of(Kind::kString, "char *"), PassedPointer<char>> {};
+template <> struct Meaning<Integers> : Means<Parameter::Of(Kind::kIntegers), PassedPointer<int>, Passed<int>> {};
+template <> struct Meaning<Scores> : Means<Parameter::Of(Kind::kScores), PassedPointer<double>, Passed<int>> {};
 template <>
 struct Meaning<Members>
     : Means<Parameter::Of(Kind::kMembers), PassedPointer<void*, void const*, tq_obj*>, Passed<int>> {};
-template <>
-struct Meaning<ScoresAlone> : Means<Parameter::Of(Kind::kScores), PassedPointer<double>> {};
-template <>
-struct Meaning<Callback> : Means<Parameter::Of(Kind::kAnything), Passed<tq_mom_scan_cb>> {};
-template <>
-struct Meaning<Anything> : Means<Parameter::Of(Kind::kAnything), PassedPointer<void>> {};
-template <>
-struct Meaning<Out> {
+template <> struct Meaning<ScoresAlone> : Means<Parameter::Of(Kind::kScores), PassedPointer<double>> {};
+template <> struct Meaning<Callback> : Means<Parameter::Of(Kind::kAnything), Passed<tq_mom_scan_cb>> {};
+template <> struct Meaning<Anything> : Means<Parameter::Of(Kind::kAnything), PassedPointer<void>> {};
+template <> struct Meaning<Out> {
   static constexpr bool kIsOut = true;
   static constexpr Parameter kParameter = Parameter::Of(Kind::kAnything);
   using Natives = List<PassedPointer<int>>;
@@ -142,32 +119,25 @@ constexpr bool IsArray(Kind kind) { return kind == Kind::kIntegers || kind == Ki
 
 // Whether a client function that takes the C types can be called with the native parameters, and returns what it
 // should.
-template <class... Native, class... C>
-constexpr bool TakesCount(List<Native...>, List<C...>) {
+template <class... Native, class... C> constexpr bool TakesCount(List<Native...>, List<C...>) {
   return sizeof...(Native) == sizeof...(C);
 }
-template <class... Native, class... C>
-constexpr bool Takes(List<Native...>, List<C...>) {
+template <class... Native, class... C> constexpr bool Takes(List<Native...>, List<C...>) {
   return (Native::template kTakes<C> && ...);
 }
-template <class... Native>
-List<typename Native::Type...> TypesOf(List<Native...>);
+template <class... Native> List<typename Native::Type...> TypesOf(List<Native...>);
 template <class Result>
 using PassedResult =
     std::conditional_t<std::is_pointer_v<Result>, PassedPointer<std::remove_pointer_t<Result>>, Passed<Result>>;
 
-template <class Words>
-inline constexpr bool Starts = false;
-template <class... Word>
-inline constexpr bool Starts<List<Store, int, Word...>> = true;
+template <class Words> inline constexpr bool Starts = false;
+template <class... Word> inline constexpr bool Starts<List<Store, int, Word...>> = true;
 
-template <class Signature>
-struct Shape {
+template <class Signature> struct Shape {
   static_assert(!std::is_same_v<Signature, Signature>, "A command's signature is a function type: Result(Words...)");
 };
 
-template <class Result, class... Word>
-struct Shape<Result(Word...)> {
+template <class Result, class... Word> struct Shape<Result(Word...)> {
   static constexpr int kOuts = (0 + ... + int{Meaning<Word>::kIsOut});
   static constexpr int kCount = sizeof...(Word) - kOuts;
   static constexpr bool kHasOut = kOuts != 0;
@@ -209,8 +179,7 @@ struct Shape<Result(Word...)> {
   static_assert(ArraysComeAfterHandles(), "In a signature, arrays come after all handles of records");
 
   // Holds the signature against a client function.
-  template <class ClientResult, class... C>
-  static constexpr bool Check(ClientResult (*)(C...)) {
+  template <class ClientResult, class... C> static constexpr bool Check(ClientResult (*)(C...)) {
     static_assert(TakesCount(Natives(), List<C...>()),
                   "The client library declares this function with another number of parameters than its command's "
                   "signature has");

@@ -12,8 +12,7 @@ using binding::ModuleRecord;
 using binding::TypeDescriptor;
 
 // Each type's mangled name, readable name and class name.
-template <class... Row>
-constexpr auto PackNamesOf(List<Row...>) {
+template <class... Row> constexpr auto PackNamesOf(List<Row...>) {
   Packed<16384> names;
   (Row::AddNames(names), ...);
   return names;

@@ -12,25 +12,19 @@
 
 namespace tq_mom {
 
-template <class... T>
-struct List {
-  static constexpr int kCount = sizeof...(T);
-};
+template <class... T> struct List { static constexpr int kCount = sizeof...(T); };
 
 // The place of one type in a list; behind the end if it is not there.
-template <class One, class... T>
-consteval int FindPlace(List<T...>) {
+template <class One, class... T> consteval int FindPlace(List<T...>) {
   int place = 0;
   (void)((std::is_same_v<One, T> || (++place, false)) || ...);
   return place;
 }
 
 // A row is a type that handles point to: its C++ type and its names. The mangled name is _p_<name>.
-template <class T, Literal name, Literal readable, Literal cls = "">
-struct Plain {
+template <class T, Literal name, Literal readable, Literal cls = ""> struct Plain {
   using Type = T;
-  template <class Names>
-  static constexpr void AddNames(Names& names) {
+  template <class Names> static constexpr void AddNames(Names& names) {
     names.Append("_p_", name);
     names.Append(readable);
     names.Append(cls);
@@ -44,15 +38,12 @@ struct UInt32;
 struct FdSet;
 
 // A type with a class of its name.
-template <class T, Literal name, Literal readable>
-struct Class : Plain<T, name, readable, name> {};
+template <class T, Literal name, Literal readable> struct Class : Plain<T, name, readable, name> {};
 
 // The record struct <stem>_s, whose typedef is <stem>_t, with its class.
-template <class T, Literal stem, Literal cls>
-struct Record {
+template <class T, Literal stem, Literal cls> struct Record {
   using Type = T;
-  template <class Names>
-  static constexpr void AddNames(Names& names) {
+  template <class Names> static constexpr void AddNames(Names& names) {
     names.Append("_p_", stem, "_s");
     names.Append("struct ", stem, "_s *|", stem, "_s *|", stem, "_t *");
     names.Append(cls);
@@ -161,16 +152,14 @@ inline constexpr int kTypeCount = Types::kCount;
 // A type's place in the list.
 enum class TypeId : std::uint8_t {};
 
-template <class T, class... Row>
-consteval TypeId FindType(List<Row...>) {
+template <class T, class... Row> consteval TypeId FindType(List<Row...>) {
   constexpr int kPlace = FindPlace<T>(List<typename Row::Type...>());
   static_assert(kPlace < kTypeCount, "This type is not in the list of signature/types.h");
   return static_cast<TypeId>(kPlace);
 }
 
 // The type of pointers to T.
-template <class T>
-inline constexpr TypeId kTypeOf = FindType<T>(Types());
+template <class T> inline constexpr TypeId kTypeOf = FindType<T>(Types());
 inline constexpr TypeId kVoid = kTypeOf<void>;
 
 // The descriptors in use: our own, or those of modules that were loaded earlier and have the same types.

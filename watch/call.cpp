@@ -9,16 +9,14 @@
 namespace tq_watch {
 namespace {
 
-template <class T>
-T Read(const void* record, unsigned char offset) {
+template <class T> T Read(const void* record, unsigned char offset) {
   T value;
   std::memcpy(&value, static_cast<const char*>(record) + offset, sizeof value);
   return value;
 }
 
 // An array's first elements, and how many there are when that is not all.
-template <class Length, class Add>
-void AddArray(const void* array, Length length, Text* text, Add add) {
+template <class Length, class Add> void AddArray(const void* array, Length length, Text* text, Add add) {
   constexpr Length kShown = 8;
   if (array == nullptr) length = 0;
   text->Add("{");
@@ -30,10 +28,7 @@ void AddArray(const void* array, Length length, Text* text, Add add) {
   text->Add("}");
 }
 
-template <class T>
-T Element(const void* array, auto i) {
-  return static_cast<const T*>(array)[i];
-}
+template <class T> T Element(const void* array, auto i) { return static_cast<const T*>(array)[i]; }
 
 void AddNumber(double number, Text* text) { text->Format("%.14g", number); }
 
@@ -41,16 +36,11 @@ void AddMember(const void* record, const Member& member, Text* text) {
   const auto array = [&] { return Read<const void*>(record, member.offset); };
   const auto length = [&] { return ArrayLength(record, member); };
   switch (member.type) {
-    case Member::kEnd:
-      return;
-    case Member::kInt:
-      return text->Format("%d", Read<int>(record, member.offset));
-    case Member::kInt64:
-      return text->Format("%lld", static_cast<long long>(Read<std::int64_t>(record, member.offset)));
-    case Member::kDouble:
-      return AddNumber(Read<double>(record, member.offset), text);
-    case Member::kObject:
-      return AddObject(array(), text);
+    case Member::kEnd: return;
+    case Member::kInt: return text->Format("%d", Read<int>(record, member.offset));
+    case Member::kInt64: return text->Format("%lld", static_cast<long long>(Read<std::int64_t>(record, member.offset)));
+    case Member::kDouble: return AddNumber(Read<double>(record, member.offset), text);
+    case Member::kObject: return AddObject(array(), text);
     case Member::kObjects:
       return AddArray(array(), length(), text, [&](auto i) { AddObject(Element<const void*>(array(), i), text); });
     case Member::kScores:
@@ -73,8 +63,7 @@ void AddMembers(const void* record, const Member* members, Text* text) {
 void AddArgument(const Function& function, const Value* arguments, int parameter, Text* text) {
   const Value& value = arguments[parameter];
   switch (function.parameters[parameter]) {
-    case Kind::kRuntime:
-      return text->Add(value.pointer != nullptr ? "g" : "nil");
+    case Kind::kRuntime: return text->Add(value.pointer != nullptr ? "g" : "nil");
     case Kind::kOption:
       if (value.pointer == nullptr) return text->Add("nil");
       text->Add("{");
@@ -84,15 +73,11 @@ void AddArgument(const Function& function, const Value* arguments, int parameter
       if (value.pointer == nullptr) return text->Add("nil");
       if (function.owned->size > 0) return text->Add(function.owned->name);
       return AddObject(value.pointer, text);
-    case Kind::kObject:
-      return AddObject(value.pointer, text);
+    case Kind::kObject: return AddObject(value.pointer, text);
     case Kind::kDatabase:
-    case Kind::kInteger:
-      return text->Format("%lld", static_cast<long long>(value.integer));
-    case Kind::kUnsigned:
-      return text->Format("%llu", static_cast<unsigned long long>(value.unsigned_integer));
-    case Kind::kNumber:
-      return AddNumber(value.number, text);
+    case Kind::kInteger: return text->Format("%lld", static_cast<long long>(value.integer));
+    case Kind::kUnsigned: return text->Format("%llu", static_cast<unsigned long long>(value.unsigned_integer));
+    case Kind::kNumber: return AddNumber(value.number, text);
     case Kind::kTimeout:
       return AddNumber(static_cast<double>(value.timeout.tv_sec) + static_cast<double>(value.timeout.tv_usec) / 1e6,
                        text);
@@ -109,12 +94,10 @@ void AddArgument(const Function& function, const Value* arguments, int parameter
     case Kind::kMembers:
       return AddArray(value.pointer, LengthOf(function, arguments, parameter), text,
                       [&](auto i) { AddObject(Element<const void*>(value.pointer, i), text); });
-    case Kind::kCallback:
-      return text->Add(value.pointer != nullptr ? "function" : "nil");
+    case Kind::kCallback: return text->Add(value.pointer != nullptr ? "function" : "nil");
     case Kind::kLength:
     case Kind::kOut:
-    case Kind::kContext:
-      return;
+    case Kind::kContext: return;
   }
 }
 
@@ -130,16 +113,14 @@ bool HasOut(const Function& function) { return function.parameters[function.para
 const char* StatusName(std::int64_t status) {
   switch (status) {
 #define TQ_WATCH_STATUS(name) \
-  case name:                  \
-    return #name;
+  case name: return #name;
     TQ_WATCH_STATUS(TQ_MOM_ERR)
     TQ_WATCH_STATUS(TQ_MOM_INPUT_ERR)
     TQ_WATCH_STATUS(TQ_MOM_MALLOC_ERR)
     TQ_WATCH_STATUS(TQ_MOM_NO_READY)
     TQ_WATCH_STATUS(TQ_MOM_GLOBAL_DB_NO_WRITE)
 #undef TQ_WATCH_STATUS
-    default:
-      return nullptr;
+    default: return nullptr;
   }
 }
 

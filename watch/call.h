@@ -1,6 +1,5 @@
 // A call of a client function as the watch library sees it.
-#ifndef TQ_WATCH_CALL_H
-#define TQ_WATCH_CALL_H
+#pragma once
 
 #include <sys/time.h>
 
@@ -111,5 +110,3 @@ void AddLine(const Call& call, Text* text);
 void AddJson(const Call& call, Text* text);
 
 }  // namespace tq_watch
-
-#endif

@@ -63,10 +63,7 @@ bool ComesFirst() {
   return own_extent.Has(found);
 }
 
-template <class F>
-void Find(const char* name, F* function) {
-  *function = reinterpret_cast<F>(FindSymbol(name));
-}
+template <class F> void Find(const char* name, F* function) { *function = reinterpret_cast<F>(FindSymbol(name)); }
 
 }  // namespace
 

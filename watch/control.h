@@ -1,6 +1,5 @@
 // What the watch library offers to the Lua module that controls it. All of it is for the thread that took control.
-#ifndef TQ_WATCH_CONTROL_H
-#define TQ_WATCH_CONTROL_H
+#pragma once
 
 #include "watch/call.h"
 
@@ -92,5 +91,3 @@ TQ_WATCH_API std::int64_t tq_watch_now(void);
 }
 
 }  // namespace tq_watch
-
-#endif

@@ -1,6 +1,5 @@
 // Describes a client function from its declaration.
-#ifndef TQ_WATCH_DESCRIBE_H
-#define TQ_WATCH_DESCRIBE_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -40,8 +39,7 @@ concept Result = requires(T record) {
 #define TQ_WATCH_ARRAY(type, name, length) \
   { #name, Member::type, offsetof(T, name), offsetof(T, length) }
 
-template <class T>
-consteval OptionType DescribeOption() {
+template <class T> consteval OptionType DescribeOption() {
   OptionType option = {};
   int count = 0;
   option.members[count++] = TQ_WATCH_MEMBER(kInt, flag);
@@ -52,8 +50,7 @@ consteval OptionType DescribeOption() {
   return option;
 }
 
-template <class T>
-consteval OwnedType DescribeResult(const char* name) {
+template <class T> consteval OwnedType DescribeResult(const char* name) {
   OwnedType result = {name, sizeof(T), offsetof(T, error_code), {}};
   int count = 0;
   if constexpr (requires(T record) { record.value_array; }) {
@@ -79,19 +76,13 @@ consteval OwnedType DescribeResult(const char* name) {
 #undef TQ_WATCH_MEMBER
 #undef TQ_WATCH_ARRAY
 
-template <class T>
-inline constexpr OptionType kOptionType = DescribeOption<T>();
+template <class T> inline constexpr OptionType kOptionType = DescribeOption<T>();
 
 // What client functions hand out. There is no default: what is not listed is not released by its owner.
-template <class T>
-inline constexpr OwnedType kOwnedType = {};
-template <>
-inline constexpr OwnedType kOwnedType<tq_global_t> = {"tq_global_t", 0, 0, {}};
-template <>
-inline constexpr OwnedType kOwnedType<tq_obj> = {"tq_obj", 0, 0, {}};
-#define TQ_WATCH_RESULT(name) \
-  template <>                 \
-  inline constexpr OwnedType kOwnedType<name> = DescribeResult<name>(#name)
+template <class T> inline constexpr OwnedType kOwnedType = {};
+template <> inline constexpr OwnedType kOwnedType<tq_global_t> = {"tq_global_t", 0, 0, {}};
+template <> inline constexpr OwnedType kOwnedType<tq_obj> = {"tq_obj", 0, 0, {}};
+#define TQ_WATCH_RESULT(name) template <> inline constexpr OwnedType kOwnedType<name> = DescribeResult<name>(#name)
 TQ_WATCH_RESULT(tq_mom_get_res_t);
 TQ_WATCH_RESULT(tq_mom_incr_res_t);
 TQ_WATCH_RESULT(tq_mom_hash_res_t);
@@ -102,15 +93,13 @@ TQ_WATCH_RESULT(tq_mom_zrangebyscore_res_t);
 TQ_WATCH_RESULT(tq_mom_zscore_res_t);
 #undef TQ_WATCH_RESULT
 
-template <class T>
-consteval const OwnedType* OwnedTypeOf() {
+template <class T> consteval const OwnedType* OwnedTypeOf() {
   static_assert(!Result<T> || kOwnedType<T>.name != nullptr, "list this result above");
   return kOwnedType<T>.name != nullptr ? &kOwnedType<T> : nullptr;
 }
 
 // The kind of one parameter, from its type, its place and the types beside it.
-template <class T>
-consteval Kind KindOf(int index, int count, Kind previous) {
+template <class T> consteval Kind KindOf(int index, int count, Kind previous) {
   if constexpr (std::is_same_v<T, tq_global_t*>) return Kind::kRuntime;
   if constexpr (std::is_same_v<T, int>) {
     if (previous == Kind::kIntegers || previous == Kind::kScores || previous == Kind::kMembers) return Kind::kLength;
@@ -131,11 +120,9 @@ consteval Kind KindOf(int index, int count, Kind previous) {
   if constexpr (std::is_pointer_v<T>) return Option<std::remove_pointer_t<T>> ? Kind::kOption : Kind::kReleased;
 }
 
-template <class F>
-struct Declaration;
+template <class F> struct Declaration;
 
-template <class R, class... P>
-struct Declaration<R(P...)> {
+template <class R, class... P> struct Declaration<R(P...)> {
   static constexpr int kCount = sizeof...(P);
 
   static consteval Function Describe(const char* client_name, const LuaName& name) {
@@ -156,16 +143,14 @@ struct Declaration<R(P...)> {
   }
 
  private:
-  template <class T>
-  static consteval const OptionType* OptionOf(const OptionType* other) {
+  template <class T> static consteval const OptionType* OptionOf(const OptionType* other) {
     using Record = std::remove_pointer_t<T>;
     if constexpr (std::is_pointer_v<T> && Option<Record>) return &kOptionType<Record>;
     return other;
   }
 
   // A function that takes nothing but what another handed out releases it; of those that take a runtime one does.
-  template <class T>
-  static consteval void DescribeRelease(Function* function) {
+  template <class T> static consteval void DescribeRelease(Function* function) {
     using Record = std::remove_pointer_t<T>;
     if (std::is_same_v<Record, tq_global_t> && std::string_view(function->name) != "tq_global_finish") return;
     function->role = Role::kRelease;
@@ -175,5 +160,3 @@ struct Declaration<R(P...)> {
 };
 
 }  // namespace tq_watch
-
-#endif

@@ -23,8 +23,7 @@ constexpr Function functions[kRowCount] = {TQ_CLIENT_CALLS(TQ_WATCH_DESCRIBE)};
 
 namespace {
 
-template <class T>
-Value ToValue(T argument) {
+template <class T> Value ToValue(T argument) {
   Value value = {};
   if constexpr (std::is_pointer_v<T>) {
     value.pointer = reinterpret_cast<void*>(argument);
@@ -40,8 +39,7 @@ Value ToValue(T argument) {
   return value;
 }
 
-template <class T>
-T FromValue(const Value& value) {
+template <class T> T FromValue(const Value& value) {
   if constexpr (std::is_pointer_v<T>) {
     return reinterpret_cast<T>(value.pointer);
   } else if constexpr (std::is_same_v<T, double>) {
@@ -56,11 +54,9 @@ T FromValue(const Value& value) {
 }
 
 // Pointers are all `void *` here, so that functions of one shape share the code.
-template <class T>
-using Erased = std::conditional_t<std::is_pointer_v<T>, void*, T>;
+template <class T> using Erased = std::conditional_t<std::is_pointer_v<T>, void*, T>;
 
-template <class Result, class... Argument>
-struct Shape {
+template <class Result, class... Argument> struct Shape {
   static Result Call(Row row, const void* caller, Argument... argument) {
     Value arguments[] = {ToValue(argument)...};
     Value result = {};
@@ -80,11 +76,9 @@ struct Shape {
   }
 };
 
-template <class F>
-struct Signature;
+template <class F> struct Signature;
 
-template <class R, class... P>
-struct Signature<R(P...)> {
+template <class R, class... P> struct Signature<R(P...)> {
   using Result = R;
 
   [[gnu::always_inline]] static R Forward(Row row, P... argument) {
@@ -95,8 +89,7 @@ struct Signature<R(P...)> {
   }
 
  private:
-  template <class T>
-  static Erased<T> Erase(T argument) {
+  template <class T> static Erased<T> Erase(T argument) {
     if constexpr (std::is_pointer_v<T>) {
       return const_cast<void*>(reinterpret_cast<const void*>(argument));
     } else {
@@ -105,14 +98,10 @@ struct Signature<R(P...)> {
   }
 };
 
-template <int index, class F>
-struct ParameterOf;
+template <int index, class F> struct ParameterOf;
 template <int index, class R, class First, class... P>
 struct ParameterOf<index, R(First, P...)> : ParameterOf<index - 1, R(P...)> {};
-template <class R, class First, class... P>
-struct ParameterOf<0, R(First, P...)> {
-  using Type = First;
-};
+template <class R, class First, class... P> struct ParameterOf<0, R(First, P...)> { using Type = First; };
 
 }  // namespace
 }  // namespace tq_watch

@@ -1,6 +1,5 @@
 // The functions that stand before the client library's.
-#ifndef TQ_WATCH_FORWARD_H
-#define TQ_WATCH_FORWARD_H
+#pragma once
 
 #include <tq_description.h>
 
@@ -33,5 +32,3 @@ using Invoke = void (*)(ClientFunction function, const Value* arguments, Value* 
 void Watch(Row row, Value* arguments, Value* result, Invoke invoke, const void* caller);
 
 }  // namespace tq_watch
-
-#endif

@@ -97,8 +97,7 @@ void RemoveDangling(const void* pointer, const Guarded* guarded) {
   }
 }
 
-template <class Do>
-void ForEachObject(const OwnedType& type, const void* record, Do act) {
+template <class Do> void ForEachObject(const OwnedType& type, const void* record, Do act) {
   for (const Member* member = type.members; member->type != Member::kEnd; ++member) {
     const char* place = static_cast<const char*>(record) + member->offset;
     if (member->type == Member::kObject) act(*reinterpret_cast<void* const*>(place));
@@ -110,8 +109,7 @@ void ForEachObject(const OwnedType& type, const void* record, Do act) {
 }
 
 // All pointers to what is guarded that a script may hold, but not into the pages.
-template <class Do>
-void ForEachPointer(const Guarded& guarded, Do act) {
+template <class Do> void ForEachPointer(const Guarded& guarded, Do act) {
   if (guarded.owned == nullptr) return;
   act(guarded.pages != nullptr ? guarded.pages : guarded.original);
   if (guarded.owned->size > 0) ForEachObject(*guarded.owned, guarded.original, act);

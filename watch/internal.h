@@ -1,6 +1,5 @@
 // What the files of the library have in common.
-#ifndef TQ_WATCH_INTERNAL_H
-#define TQ_WATCH_INTERNAL_H
+#pragma once
 
 #define TQ_WATCH_API [[gnu::visibility("default")]]
 
@@ -95,5 +94,3 @@ int GuardMessage(tq_global_t* g, void* message, void* scan_guard);
 void CloseMessages(const Call& call);
 
 }  // namespace tq_watch
-
-#endif

@@ -1,6 +1,5 @@
 // A text that grows. When memory runs out it stays as it is and takes nothing more.
-#ifndef TQ_WATCH_TEXT_H
-#define TQ_WATCH_TEXT_H
+#pragma once
 
 #include <cstddef>
 #include <cstdlib>
@@ -41,5 +40,3 @@ class Text {
 };
 
 }  // namespace tq_watch
-
-#endif

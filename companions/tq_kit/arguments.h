@@ -1,6 +1,5 @@
 // What the functions of tq_kit take, and how their failures become Lua errors.
-#ifndef TQ_COMPANIONS_TQ_KIT_ARGUMENTS_H
-#define TQ_COMPANIONS_TQ_KIT_ARGUMENTS_H
+#pragma once
 
 #include <tq_kit/control.h>
 
@@ -26,5 +25,3 @@ void CheckStatus(lua_State* L, tq_global_t* g, const char* function, int status)
 extern const char* const kKindNames[];
 
 }  // namespace tq_kit
-
-#endif

@@ -1,6 +1,5 @@
 // The contents of databases as Lua tables. Which element goes where is the matter of the module's part in Lua.
-#ifndef TQ_COMPANIONS_TQ_KIT_CONTENTS_H
-#define TQ_COMPANIONS_TQ_KIT_CONTENTS_H
+#pragma once
 
 #include <lua.hpp>
 
@@ -16,5 +15,3 @@ int MakeDump(lua_State* L);
 int MakeLoad(lua_State* L);
 
 }  // namespace tq_kit
-
-#endif

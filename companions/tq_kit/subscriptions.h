@@ -1,6 +1,5 @@
 // Subscriptions of Lua functions to published messages.
-#ifndef TQ_COMPANIONS_TQ_KIT_SUBSCRIPTIONS_H
-#define TQ_COMPANIONS_TQ_KIT_SUBSCRIPTIONS_H
+#pragma once
 
 #include "binding/abi.h"
 
@@ -12,5 +11,3 @@ int Subscribe(lua_State* L);
 extern binding::ClassRecord subscription_class;
 
 }  // namespace tq_kit
-
-#endif

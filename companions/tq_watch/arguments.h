@@ -1,6 +1,5 @@
 // Checks of what a script passes. Each raises an error that names the argument and says what was expected.
-#ifndef TQ_COMPANIONS_TQ_WATCH_ARGUMENTS_H
-#define TQ_COMPANIONS_TQ_WATCH_ARGUMENTS_H
+#pragma once
 
 #include <cstdint>
 #include <lua.hpp>
@@ -23,5 +22,3 @@ const char* CheckString(lua_State* L, Argument argument, const char* expected);
 bool CheckBoolean(lua_State* L, Argument argument);
 
 }  // namespace tq_watch
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TQ_COMPANIONS_TQ_WATCH_EACH_CALL_H
-#define TQ_COMPANIONS_TQ_WATCH_EACH_CALL_H
+#pragma once
 
 #include <lua.hpp>
 
@@ -10,5 +9,3 @@ namespace tq_watch {
 int EachCall(lua_State* L);
 
 }  // namespace tq_watch
-
-#endif

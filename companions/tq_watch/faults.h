@@ -1,6 +1,5 @@
 // The class tq_watch.fault. Its constructor is the function of that name.
-#ifndef TQ_COMPANIONS_TQ_WATCH_FAULTS_H
-#define TQ_COMPANIONS_TQ_WATCH_FAULTS_H
+#pragma once
 
 #include "binding/abi.h"
 #include "watch/control.h"
@@ -17,5 +16,3 @@ extern binding::TypeDescriptor* type_table[2];
 Fault* PushFault(lua_State* L, const FaultPlan& plan);
 
 }  // namespace tq_watch
-
-#endif

@@ -60,14 +60,10 @@ void TakeControl(lua_State* L) {
 void PushArgument(lua_State* L, const Call& call, int parameter) {
   const Value& value = call.arguments[parameter];
   switch (call.function->parameters[parameter]) {
-    case Kind::kInteger:
-      return lua_pushinteger(L, value.integer);
-    case Kind::kUnsigned:
-      return lua_pushinteger(L, static_cast<lua_Integer>(value.unsigned_integer));
-    case Kind::kNumber:
-      return lua_pushnumber(L, value.number);
-    default:
-      lua_pushstring(L, tq_watch_argument(&call, parameter));
+    case Kind::kInteger: return lua_pushinteger(L, value.integer);
+    case Kind::kUnsigned: return lua_pushinteger(L, static_cast<lua_Integer>(value.unsigned_integer));
+    case Kind::kNumber: return lua_pushnumber(L, value.number);
+    default: lua_pushstring(L, tq_watch_argument(&call, parameter));
   }
 }
 

@@ -1,6 +1,5 @@
 // Where the script is.
-#ifndef TQ_COMPANIONS_TQ_WATCH_POSITION_H
-#define TQ_COMPANIONS_TQ_WATCH_POSITION_H
+#pragma once
 
 #include <cstddef>
 #include <lua.hpp>
@@ -26,5 +25,3 @@ class PositionFinder {
 };
 
 }  // namespace tq_watch
-
-#endif

@@ -1,6 +1,5 @@
 // Fills in the fields of the table at the stack top.
-#ifndef TQ_COMPANIONS_TQ_WATCH_TABLES_H
-#define TQ_COMPANIONS_TQ_WATCH_TABLES_H
+#pragma once
 
 #include <lua.hpp>
 
@@ -32,5 +31,3 @@ inline void SetPosition(lua_State* L, const Position& position) {
 }
 
 }  // namespace tq_watch
-
-#endif

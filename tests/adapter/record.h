@@ -1,7 +1,6 @@
 /* Objects as a platform other than the host kit may have them: counted references, and everything that an object holds
  * in one list of tagged parts, the key among them. */
-#ifndef TQ_TESTS_ADAPTER_RECORD_H
-#define TQ_TESTS_ADAPTER_RECORD_H
+#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -33,5 +32,3 @@ void record_drop(record* r, record_kind kind, uint32_t number);
 /* In the order of kinds and numbers; null at the end, or when there is none. */
 const record_part* record_first(const record* r);
 const record_part* record_find(const record* r, record_kind kind, uint32_t number);
-
-#endif

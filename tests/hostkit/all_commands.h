@@ -1,6 +1,5 @@
 // Every command that takes a key.
-#ifndef TQ_TESTS_HOSTKIT_ALL_COMMANDS_H
-#define TQ_TESTS_HOSTKIT_ALL_COMMANDS_H
+#pragma once
 
 #include <gtest/gtest.h>
 #include <tq_mom/tq_mom.h>
@@ -32,8 +31,7 @@ struct CommandResult {
 std::vector<CommandResult> RunAll(tq_global_t* g, int db, tq_obj* key, const OwnArguments& own = {});
 
 // The status of a result record, which it releases.
-template <typename Record>
-int StatusOf(Record* result, int (*release)(Record*)) {
+template <typename Record> int StatusOf(Record* result, int (*release)(Record*)) {
   if (result == nullptr) return TQ_MOM_MALLOC_ERR;
   const int status = result->error_code;
   EXPECT_EQ(release(result), TQ_MOM_OK);
@@ -41,5 +39,3 @@ int StatusOf(Record* result, int (*release)(Record*)) {
 }
 
 }  // namespace hostkit
-
-#endif

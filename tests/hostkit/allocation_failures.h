@@ -1,6 +1,5 @@
 // Makes C++ allocations fail on demand. The test program's operator new counts down while armed.
-#ifndef TQ_TESTS_HOSTKIT_ALLOCATION_FAILURES_H
-#define TQ_TESTS_HOSTKIT_ALLOCATION_FAILURES_H
+#pragma once
 
 #include <cstddef>
 
@@ -21,5 +20,3 @@ class FailingAllocations {
 };
 
 }  // namespace hostkit
-
-#endif

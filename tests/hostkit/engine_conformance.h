@@ -1,8 +1,7 @@
 // What every engine must do. A test program links the suite and instantiates it with its engines:
 //
 //   INSTANTIATE_TEST_SUITE_P(Memory, EngineConformance, ::testing::Values(EngineCase{OpenMemory}));
-#ifndef TQ_TESTS_HOSTKIT_ENGINE_CONFORMANCE_H
-#define TQ_TESTS_HOSTKIT_ENGINE_CONFORMANCE_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -56,5 +55,3 @@ class EngineConformance : public ::testing::TestWithParam<EngineCase> {
 };
 
 }  // namespace hostkit
-
-#endif

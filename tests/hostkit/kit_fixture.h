@@ -1,6 +1,5 @@
 // A connected runtime over the in-process engine, with a clock that the test moves.
-#ifndef TQ_TESTS_HOSTKIT_KIT_FIXTURE_H
-#define TQ_TESTS_HOSTKIT_KIT_FIXTURE_H
+#pragma once
 
 #include <gtest/gtest.h>
 #include <tq_kit/live.h>
@@ -76,5 +75,3 @@ class KitTest : public ::testing::Test {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -37,8 +37,7 @@ struct Arguments {
   std::vector<double> scores = {5, -1, 5};
 };
 
-template <typename Record>
-int Status(Record* result, int (*release)(Record*)) {
+template <typename Record> int Status(Record* result, int (*release)(Record*)) {
   if (result == nullptr) return TQ_MOM_MALLOC_ERR;
   const int status = result->error_code;
   EXPECT_NE(status, TQ_MOM_MALLOC_ERR) << "there is no record when memory runs out here";

@@ -35,8 +35,7 @@ class SortedSets : public KitTest {
     return tq_mom_zrem_ext_sync(g, 0, nullptr, members.data(), static_cast<int>(members.size()));
   }
 
-  template <typename Record>
-  static Scored Take(Record* result, int (*release)(Record*)) {
+  template <typename Record> static Scored Take(Record* result, int (*release)(Record*)) {
     EXPECT_EQ(result->error_code, TQ_MOM_OK);
     Scored scored;
     for (std::size_t index = 0; index < result->count; ++index) {

@@ -1,7 +1,6 @@
 // The file calls of the code under test, noted and made to fail on demand. The test program is linked with a wrapper
 // for each (--wrap); while a SystemCalls lives, the wrappers tell it.
-#ifndef TQ_TESTS_HOSTKIT_SYSTEM_CALLS_H
-#define TQ_TESTS_HOSTKIT_SYSTEM_CALLS_H
+#pragma once
 
 #include <cstddef>
 #include <map>
@@ -48,5 +47,3 @@ class SystemCalls {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -115,12 +115,8 @@ class Object {
   Object(uintptr_t base, const ElfW(Dyn) * dynamic) : base_(base) {
     for (const auto* entry = dynamic; entry->d_tag != DT_NULL; ++entry) {
       switch (entry->d_tag) {
-        case DT_SYMTAB:
-          symbols_ = At<ElfW(Sym)>(entry->d_un.d_ptr);
-          break;
-        case DT_STRTAB:
-          strings_ = At<char>(entry->d_un.d_ptr);
-          break;
+        case DT_SYMTAB: symbols_ = At<ElfW(Sym)>(entry->d_un.d_ptr); break;
+        case DT_STRTAB: strings_ = At<char>(entry->d_un.d_ptr); break;
       }
     }
     uintptr_t plt = 0;
@@ -130,27 +126,13 @@ class Object {
     size_t rel_size = 0, rela_size = 0;
     for (const auto* entry = dynamic; entry->d_tag != DT_NULL; ++entry) {
       switch (entry->d_tag) {
-        case DT_JMPREL:
-          plt = entry->d_un.d_ptr;
-          break;
-        case DT_PLTRELSZ:
-          plt_size = entry->d_un.d_val;
-          break;
-        case DT_PLTREL:
-          plt_has_addends = entry->d_un.d_val == DT_RELA;
-          break;
-        case DT_REL:
-          rel = entry->d_un.d_ptr;
-          break;
-        case DT_RELSZ:
-          rel_size = entry->d_un.d_val;
-          break;
-        case DT_RELA:
-          rela = entry->d_un.d_ptr;
-          break;
-        case DT_RELASZ:
-          rela_size = entry->d_un.d_val;
-          break;
+        case DT_JMPREL: plt = entry->d_un.d_ptr; break;
+        case DT_PLTRELSZ: plt_size = entry->d_un.d_val; break;
+        case DT_PLTREL: plt_has_addends = entry->d_un.d_val == DT_RELA; break;
+        case DT_REL: rel = entry->d_un.d_ptr; break;
+        case DT_RELSZ: rel_size = entry->d_un.d_val; break;
+        case DT_RELA: rela = entry->d_un.d_ptr; break;
+        case DT_RELASZ: rela_size = entry->d_un.d_val; break;
       }
     }
     if (plt_has_addends) {
@@ -166,13 +148,11 @@ class Object {
 
  private:
   // The loader has relocated these addresses on some systems and not on others.
-  template <class T>
-  const T* At(uintptr_t address) const {
+  template <class T> const T* At(uintptr_t address) const {
     return reinterpret_cast<const T*>(address < base_ ? base_ + address : address);
   }
 
-  template <class Relocation>
-  void Redirect(uintptr_t table, size_t size) {
+  template <class Relocation> void Redirect(uintptr_t table, size_t size) {
     if (table == 0) return;
     const auto* relocations = At<Relocation>(table);
     for (size_t i = 0; i < size / sizeof(Relocation); ++i) {

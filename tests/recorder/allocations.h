@@ -1,6 +1,5 @@
 // Watches the C heap blocks of one shared object: counts them, and makes a chosen allocation fail.
-#ifndef TESTS_RECORDER_ALLOCATIONS_H_
-#define TESTS_RECORDER_ALLOCATIONS_H_
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -34,5 +33,3 @@ void FailRequest(size_t n);
 void ResetRequests();
 
 }  // namespace recorder
-
-#endif  // TESTS_RECORDER_ALLOCATIONS_H_

@@ -1,6 +1,5 @@
 // What the client functions were called with, and what they are told to return.
-#ifndef TESTS_RECORDER_CALL_LOG_H_
-#define TESTS_RECORDER_CALL_LOG_H_
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -17,8 +16,7 @@ struct Timeout {
 };
 
 // The elements are copied during the call; the caller frees its array afterwards.
-template <class T>
-struct Array {
+template <class T> struct Array {
   uintptr_t address;
   std::vector<T> elements;
 };
@@ -72,5 +70,3 @@ const std::vector<ScanMessage>& NextScan();
 void Reset();
 
 }  // namespace recorder
-
-#endif  // TESTS_RECORDER_CALL_LOG_H_

@@ -19,20 +19,15 @@ concept OptionRecord = requires(T record) {
   record.flag;
 };
 
-template <class T>
-uintptr_t Address(T pointer) {
-  return reinterpret_cast<uintptr_t>(pointer);
-}
+template <class T> uintptr_t Address(T pointer) { return reinterpret_cast<uintptr_t>(pointer); }
 
-template <class T>
-Array<T> CopyArray(const T* elements, int count) {
+template <class T> Array<T> CopyArray(const T* elements, int count) {
   Array<T> array{Address(elements), {}};
   if (elements != nullptr && count > 0) array.elements.assign(elements, elements + count);
   return array;
 }
 
-template <class T>
-Option CopyOption(const T& record) {
+template <class T> Option CopyOption(const T& record) {
   Option option{Address(&record), record.flag, std::nullopt, std::nullopt, 0};
   if constexpr (requires { record.milseconds; }) option.milseconds = record.milseconds;
   if constexpr (requires { record.fields; }) {
@@ -43,8 +38,7 @@ Option CopyOption(const T& record) {
 }
 
 // An array's element count is the first int after it.
-template <size_t kFrom, class Arguments>
-int CountAfter(const Arguments& arguments) {
+template <size_t kFrom, class Arguments> int CountAfter(const Arguments& arguments) {
   if constexpr (std::is_same_v<std::tuple_element_t<kFrom, Arguments>, int>) {
     return std::get<kFrom>(arguments);
   } else {
@@ -52,8 +46,7 @@ int CountAfter(const Arguments& arguments) {
   }
 }
 
-template <size_t kIndex, class Arguments>
-void LogArgument(const Arguments& arguments, int out, Call& call) {
+template <size_t kIndex, class Arguments> void LogArgument(const Arguments& arguments, int out, Call& call) {
   using T = std::tuple_element_t<kIndex, Arguments>;
   constexpr bool kIsLast = kIndex + 1 == std::tuple_size_v<Arguments>;
   const T value = std::get<kIndex>(arguments);
@@ -78,8 +71,7 @@ void LogArgument(const Arguments& arguments, int out, Call& call) {
 }
 
 // Returns the position of the new entry.
-template <class... Args>
-size_t Log(const char* name, Prescription prescription, Args... args) {
+template <class... Args> size_t Log(const char* name, Prescription prescription, Args... args) {
   const std::tuple<Args...> arguments(args...);
   Call call{name, {}, std::nullopt, {}};
   [&]<size_t... kIndexes>(std::index_sequence<kIndexes...>) {
@@ -101,18 +93,15 @@ void Deliver(size_t position, tq_global_t* g, tq_mom_scan_cb callback, void* con
   }
 }
 
-template <size_t kSize>
-struct Name {
+template <size_t kSize> struct Name {
   char text[kSize];
   // NOLINTNEXTLINE(google-explicit-constructor): a literal becomes one.
   constexpr Name(const char (&literal)[kSize]) { std::copy_n(literal, kSize, text); }
 };
 
-template <Name kName, class Function>
-struct Stub;
+template <Name kName, class Function> struct Stub;
 
-template <Name kName, class Result, class... Args>
-struct Stub<kName, Result(Args...)> {
+template <Name kName, class Result, class... Args> struct Stub<kName, Result(Args...)> {
   static Result Call(Args... args) {
     const Prescription prescription = Prescribed(kName.text);
     const size_t position = Log(kName.text, prescription, args...);

@@ -1,6 +1,5 @@
 // Where the fields of the client library's records lie, as the compiler sees them.
-#ifndef TESTS_RECORDER_LAYOUTS_H_
-#define TESTS_RECORDER_LAYOUTS_H_
+#pragma once
 
 #include <cstddef>
 #include <vector>
@@ -22,5 +21,3 @@ struct RecordLayout {
 const std::vector<RecordLayout>& Layouts();
 
 }  // namespace recorder
-
-#endif  // TESTS_RECORDER_LAYOUTS_H_

@@ -63,8 +63,7 @@ void Push(lua_State* L, const Timeout& timeout) {
   SetInteger(L, "microseconds", timeout.microseconds);
 }
 
-template <class T>
-void Push(lua_State* L, const Array<T>& array) {
+template <class T> void Push(lua_State* L, const Array<T>& array) {
   lua_createtable(L, static_cast<int>(array.elements.size()), 1);
   SetInteger(L, "address", static_cast<lua_Integer>(array.address));
   lua_Integer i = 0;
@@ -295,8 +294,7 @@ void* AllocateOrFail(void* data, void* block, size_t old_size, size_t new_size) 
 
 // without_memory(n, f, ...) -> whether it came to it, then as pcall: f runs, and its nth request for Lua memory and all
 // later ones fail. short_of_memory(n, f, ...): only that one, so that Lua collects its garbage and asks again.
-template <bool once>
-int WithoutMemory(lua_State* L) {
+template <bool once> int WithoutMemory(lua_State* L) {
   FailingAllocator allocator{};
   allocator.once = once;
   allocator.fail_in = luaL_checkinteger(L, 1);
@@ -371,8 +369,7 @@ int GetSymbol(lua_State* L) {
   return 1;
 }
 
-template <class T>
-T CheckNative(lua_State* L, int index) {
+template <class T> T CheckNative(lua_State* L, int index) {
   if constexpr (std::is_same_v<T, lua_State*>) {
     return L;
   } else if constexpr (std::is_pointer_v<T>) {
@@ -384,15 +381,12 @@ T CheckNative(lua_State* L, int index) {
 
 // Calls the native function whose address is argument 1. A lua_State parameter is the caller's own and stands for no
 // argument's value, but takes a place.
-template <class Signature>
-struct Native;
+template <class Signature> struct Native;
 
-template <class Result, class... Args>
-struct Native<Result(Args...)> {
+template <class Result, class... Args> struct Native<Result(Args...)> {
   static int Invoke(lua_State* L) { return Invoke(L, std::index_sequence_for<Args...>()); }
 
-  template <size_t... kIndexes>
-  static int Invoke(lua_State* L, std::index_sequence<kIndexes...>) {
+  template <size_t... kIndexes> static int Invoke(lua_State* L, std::index_sequence<kIndexes...>) {
     const auto function = reinterpret_cast<Result (*)(Args...)>(CheckAddress(L, 1));
     if constexpr (std::is_void_v<Result>) {
       const int top = lua_gettop(L);

@@ -41,10 +41,7 @@ int PushTexts(lua_State* L, int count) {
   return count;
 }
 
-template <int kCount>
-int Results(lua_State* L) {
-  return PushTexts(L, kCount);
-}
+template <int kCount> int Results(lua_State* L) { return PushTexts(L, kCount); }
 
 // As many results as the script said last.
 int constructed;
@@ -54,8 +51,7 @@ int SetConstructed(lua_State* L) {
   return 0;
 }
 
-template <int kType>
-int New(lua_State* L) {
+template <int kType> int New(lua_State* L) {
   static int object;
   binding::PushHandle(L, &object, type_table[kType], 0);
   return 1;

@@ -175,12 +175,9 @@ typedef void* (*converter_function)(void*, int*);
 static converter_function CheckConverter(lua_State* L, int index) {
   static const char* const names[] = {"none", "shift", "new_memory", NULL};
   switch (luaL_checkoption(L, index, "none", names)) {
-    case 1:
-      return ConvertShift;
-    case 2:
-      return ConvertToNewMemory;
-    default:
-      return NULL;
+    case 1: return ConvertShift;
+    case 2: return ConvertToNewMemory;
+    default: return NULL;
   }
 }
 
@@ -812,9 +809,7 @@ static int CloseState(lua_State* L) {
 
 static void CopyValue(lua_State* from, int index, lua_State* to) {
   switch (lua_type(from, index)) {
-    case LUA_TBOOLEAN:
-      lua_pushboolean(to, lua_toboolean(from, index));
-      break;
+    case LUA_TBOOLEAN: lua_pushboolean(to, lua_toboolean(from, index)); break;
     case LUA_TNUMBER:
       if (lua_isinteger(from, index)) {
         lua_pushinteger(to, lua_tointeger(from, index));
@@ -822,14 +817,9 @@ static void CopyValue(lua_State* from, int index, lua_State* to) {
         lua_pushnumber(to, lua_tonumber(from, index));
       }
       break;
-    case LUA_TSTRING:
-      lua_pushstring(to, lua_tostring(from, index));
-      break;
-    case LUA_TLIGHTUSERDATA:
-      lua_pushlightuserdata(to, lua_touserdata(from, index));
-      break;
-    default:
-      lua_pushnil(to);
+    case LUA_TSTRING: lua_pushstring(to, lua_tostring(from, index)); break;
+    case LUA_TLIGHTUSERDATA: lua_pushlightuserdata(to, lua_touserdata(from, index)); break;
+    default: lua_pushnil(to);
   }
 }
 

@@ -77,8 +77,7 @@ TypeDescriptor* type_table[kTypeCount + 1];
 ModuleRecord module_record = {type_table, kTypeCount, nullptr, own_types, own_casts, nullptr};
 
 // The object at the index, which must be of the type or stand for it.
-template <class T>
-T* Check(lua_State* L, int index, TypeIndex type) {
+template <class T> T* Check(lua_State* L, int index, TypeIndex type) {
   void* pointer = nullptr;
   if (binding::ConvertPtr(L, index, &pointer, type_table[type], 0) != 0 || pointer == nullptr) {
     luaL_error(L, "%s expected", type_table[type]->readable_name);
@@ -86,8 +85,7 @@ T* Check(lua_State* L, int index, TypeIndex type) {
   return static_cast<T*>(pointer);
 }
 
-template <class T, TypeIndex kType>
-int Construct(lua_State* L) {
+template <class T, TypeIndex kType> int Construct(lua_State* L) {
   auto* object = static_cast<T*>(std::calloc(1, sizeof(T)));
   binding::PushHandle(L, object, type_table[kType], 1);
   return 1;
@@ -100,26 +98,22 @@ void Destroy(void* object) {
   std::free(object);
 }
 
-template <class T, TypeIndex kType, int T::*kMember>
-int Get(lua_State* L) {
+template <class T, TypeIndex kType, int T::*kMember> int Get(lua_State* L) {
   lua_pushinteger(L, Check<T>(L, 1, kType)->*kMember);
   return 1;
 }
 
-template <class T, TypeIndex kType, int T::*kMember>
-int Set(lua_State* L) {
+template <class T, TypeIndex kType, int T::*kMember> int Set(lua_State* L) {
   Check<T>(L, 1, kType)->*kMember = static_cast<int>(luaL_checkinteger(L, 2));
   return 0;
 }
 
-template <int* kVariable>
-int GetVariable(lua_State* L) {
+template <int* kVariable> int GetVariable(lua_State* L) {
   lua_pushinteger(L, *kVariable);
   return 1;
 }
 
-template <int* kVariable>
-int SetVariable(lua_State* L) {
+template <int* kVariable> int SetVariable(lua_State* L) {
   *kVariable = static_cast<int>(luaL_checkinteger(L, 1));
   return 0;
 }

@@ -71,8 +71,7 @@ class Side {
   // A server may lose the sign of a zero.
   void Note(double value) { text_ << std::hexfloat << (value == 0 ? 0 : value); }
   void Note(const std::string& value) { text_ << value.size() << ':' << value << ' '; }
-  template <typename Value>
-  void Note(const std::optional<Value>& value) {
+  template <typename Value> void Note(const std::optional<Value>& value) {
     value ? Note(*value) : static_cast<void>(text_ << "none");
   }
   void Note(std::vector<std::string> values) {
@@ -109,8 +108,7 @@ class Side {
 class Differential : public ::testing::Test {
  protected:
   int Number(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
-  template <typename Value, std::size_t kCount>
-  Value One(const std::array<Value, kCount>& values) {
+  template <typename Value, std::size_t kCount> Value One(const std::array<Value, kCount>& values) {
     return values[static_cast<std::size_t>(Number(kCount - 1))];
   }
 
@@ -147,27 +145,17 @@ void Differential::Step(Side* side) {
   side->sorted_ = false;
   const int what = Number(41);
   switch (what) {
-    case 0:
-      return side->Call<bool>(&Engine::Delete, key);
-    case 1:
-      return side->Call<bool>(&Engine::Exists, key);
-    case 2:
-      return side->Call<KeyState>(&Engine::Inspect, key);
-    case 3:
-      return side->Call<bool>(&Engine::Expire, key, Milliseconds());
-    case 4:
-      return side->Call<bool>(&Engine::Persist, key, Milliseconds());
+    case 0: return side->Call<bool>(&Engine::Delete, key);
+    case 1: return side->Call<bool>(&Engine::Exists, key);
+    case 2: return side->Call<KeyState>(&Engine::Inspect, key);
+    case 3: return side->Call<bool>(&Engine::Expire, key, Milliseconds());
+    case 4: return side->Call<bool>(&Engine::Persist, key, Milliseconds());
     case 5:
-    case 6:
-      return side->Call<std::optional<std::string>>(&Engine::Get, key);
-    case 7:
-      return side->CallPlain(&Engine::Set, key, Bytes(), std::optional<std::uint32_t>());
-    case 8:
-      return side->CallPlain(&Engine::Set, key, Bytes(), std::optional<std::uint32_t>(2000000));
-    case 9:
-      return side->Call<bool>(&Engine::SetIfAbsent, key, Bytes());
-    case 10:
-      return side->Increment(key);
+    case 6: return side->Call<std::optional<std::string>>(&Engine::Get, key);
+    case 7: return side->CallPlain(&Engine::Set, key, Bytes(), std::optional<std::uint32_t>());
+    case 8: return side->CallPlain(&Engine::Set, key, Bytes(), std::optional<std::uint32_t>(2000000));
+    case 9: return side->Call<bool>(&Engine::SetIfAbsent, key, Bytes());
+    case 10: return side->Increment(key);
     case 11:
     case 12:
     case 13: {
@@ -191,18 +179,15 @@ void Differential::Step(Side* side) {
       const std::array<FieldTag, 3> tags = {One(std::array<FieldTag, 2>{0, 1}), 70000, 1};
       return side->Call<std::int64_t>(&Engine::HashExpire, key, std::span<const FieldTag>(tags), Milliseconds());
     }
-    case 17:
-      return side->Call<std::vector<FieldRemaining>>(&Engine::HashRemaining, key);
+    case 17: return side->Call<std::vector<FieldRemaining>>(&Engine::HashRemaining, key);
     case 18:
     case 19:
     case 20: {
       const End end = Number(1) == 0 ? End::kHead : End::kTail;
       return side->Call<std::int64_t>(&Engine::ListPush, key, end, Bytes());
     }
-    case 21:
-      return side->Pop(key, Number(1) == 0 ? End::kHead : End::kTail);
-    case 22:
-      return side->Call<std::int64_t>(&Engine::ListLength, key);
+    case 21: return side->Pop(key, Number(1) == 0 ? End::kHead : End::kTail);
+    case 22: return side->Call<std::int64_t>(&Engine::ListLength, key);
     case 23: {
       const std::int64_t start = Position();
       return side->Call<std::vector<std::string>>(&Engine::ListRange, key, start, Position());
@@ -221,17 +206,11 @@ void Differential::Step(Side* side) {
       return side->Call<std::int64_t>(&Engine::ListRemove, key, most, Bytes());
     }
     case 27:
-    case 28:
-      return side->Call<bool>(&Engine::SetAdd, key, Bytes());
-    case 29:
-      return side->Call<bool>(&Engine::SetRemove, key, Bytes());
-    case 30:
-      return side->Call<bool>(&Engine::SetContains, key, Bytes());
-    case 31:
-      return side->Call<std::int64_t>(&Engine::SetSize, key);
-    case 32:
-      side->sorted_ = true;
-      return side->Call<std::vector<std::string>>(&Engine::SetMembers, key);
+    case 28: return side->Call<bool>(&Engine::SetAdd, key, Bytes());
+    case 29: return side->Call<bool>(&Engine::SetRemove, key, Bytes());
+    case 30: return side->Call<bool>(&Engine::SetContains, key, Bytes());
+    case 31: return side->Call<std::int64_t>(&Engine::SetSize, key);
+    case 32: side->sorted_ = true; return side->Call<std::vector<std::string>>(&Engine::SetMembers, key);
     case 33:
     case 34: {
       std::vector<ScoredView> members;
@@ -246,8 +225,7 @@ void Differential::Step(Side* side) {
       const std::array<std::string_view, 2> members = {first, Bytes()};
       return side->Call<std::int64_t>(&Engine::SortedRemove, key, std::span<const std::string_view>(members));
     }
-    case 36:
-      return side->Call<std::int64_t>(&Engine::SortedSize, key);
+    case 36: return side->Call<std::int64_t>(&Engine::SortedSize, key);
     case 37: {
       const double min = Score();
       const double max = Score();
@@ -258,10 +236,8 @@ void Differential::Step(Side* side) {
       const std::int64_t start = Position();
       return side->Call<std::vector<ScoredMember>>(&Engine::SortedRange, key, start, Position());
     }
-    case 39:
-      return side->Call<std::optional<std::int64_t>>(&Engine::SortedRank, key, Bytes());
-    case 40:
-      return side->Call<std::optional<double>>(&Engine::SortedScore, key, Bytes());
+    case 39: return side->Call<std::optional<std::int64_t>>(&Engine::SortedRank, key, Bytes());
+    case 40: return side->Call<std::optional<double>>(&Engine::SortedScore, key, Bytes());
     default: {
       const std::int64_t start = Position();
       const std::int64_t stop = Position();

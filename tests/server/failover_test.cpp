@@ -25,8 +25,7 @@ using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
 // Waits until the condition holds; false if it does not in that time.
-template <typename Condition>
-bool Await(seconds limit, Condition condition) {
+template <typename Condition> bool Await(seconds limit, Condition condition) {
   for (const Clock::time_point end = Clock::now() + limit; Clock::now() < end;) {
     if (condition()) return true;
     std::this_thread::sleep_for(milliseconds(50));

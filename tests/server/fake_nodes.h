@@ -1,6 +1,5 @@
 // Nodes that answer what they are told to.
-#ifndef TQ_TESTS_SERVER_FAKE_NODES_H
-#define TQ_TESTS_SERVER_FAKE_NODES_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -93,5 +92,3 @@ inline std::string Slots(int low, int high) {
 }
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // Sockets of the loopback interface, for servers that tests play.
-#ifndef TQ_TESTS_SERVER_LOOPBACK_H
-#define TQ_TESTS_SERVER_LOOPBACK_H
+#pragma once
 
 #include <string_view>
 
@@ -16,5 +15,3 @@ bool SendAll(int socket, std::string_view bytes);
 void HurrySmallPieces(int socket);
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // A way to a server that breaks when it is told to.
-#ifndef TQ_TESTS_SERVER_PROXY_H
-#define TQ_TESTS_SERVER_PROXY_H
+#pragma once
 
 #include <atomic>
 #include <chrono>
@@ -65,5 +64,3 @@ class Proxy {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // Answers of servers, as they came over the wire.
-#ifndef TQ_TESTS_SERVER_RECORDED_H
-#define TQ_TESTS_SERVER_RECORDED_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -25,5 +24,3 @@ inline ReplyPtr Recorded(std::string_view wire) {
 }
 
 }  // namespace hostkit
-
-#endif

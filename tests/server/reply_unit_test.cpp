@@ -10,15 +10,13 @@
 namespace hostkit {
 namespace {
 
-template <typename Value>
-Value Taken(std::string_view wire) {
+template <typename Value> Value Taken(std::string_view wire) {
   Value value = {};
   EXPECT_TRUE(Take(*Recorded(wire), &value)) << wire;
   return value;
 }
 
-template <typename Value>
-bool IsRefused(std::string_view wire) {
+template <typename Value> bool IsRefused(std::string_view wire) {
   Value value = {};
   return !Take(*Recorded(wire), &value);
 }

@@ -1,6 +1,5 @@
 // A server that does what it is told to, over a socket.
-#ifndef TQ_TESTS_SERVER_SCRIPTED_SERVER_H
-#define TQ_TESTS_SERVER_SCRIPTED_SERVER_H
+#pragma once
 
 #include <hiredis/hiredis.h>
 
@@ -66,5 +65,3 @@ class ScriptedServer {
 };
 
 }  // namespace hostkit
-
-#endif

@@ -1,6 +1,5 @@
 // The server or cluster that scripts/store has started around a test.
-#ifndef TQ_TESTS_SERVER_STORE_H
-#define TQ_TESTS_SERVER_STORE_H
+#pragma once
 
 #include <memory>
 #include <string>
@@ -25,5 +24,3 @@ int RunCommand(const std::string& line, std::string* output);
 std::string Ask(const ServerAddress& server, const std::string& command);
 
 }  // namespace hostkit
-
-#endif

@@ -34,12 +34,10 @@ std::string Shown(const Element& element) { return element.name + '=' + element.
 std::string Shown(const KeyState& state) {
   return Shown(std::int64_t{static_cast<int>(state.kind)}) + (state.remaining ? " expires" : "");
 }
-template <typename Value>
-std::string Shown(const std::optional<Value>& value) {
+template <typename Value> std::string Shown(const std::optional<Value>& value) {
   return value ? Shown(*value) : "none";
 }
-template <typename Value>
-std::string Shown(const std::vector<Value>& values) {
+template <typename Value> std::string Shown(const std::vector<Value>& values) {
   std::string text;
   for (const Value& value : values) text += Shown(value) + ' ';
   return text;

@@ -21,8 +21,7 @@ struct Unknown {
 
 using namespace tq_mom;  // NOLINT(google-build-using-namespace)
 
-template <class Command>
-constexpr CommandRow kRow = Command::Row(0, 0);
+template <class Command> constexpr CommandRow kRow = Command::Row(0, 0);
 
 #define ROW(...) template const CommandRow kRow<TQ_COMMAND(__VA_ARGS__)>;
 

@@ -1,6 +1,5 @@
 // The client functions of the unit tests; all others are stubs that return zero.
-#ifndef TQ_TESTS_UNIT_CLIENT_H
-#define TQ_TESTS_UNIT_CLIENT_H
+#pragma once
 
 #include <tq_mom/tq_mom.h>
 
@@ -19,5 +18,3 @@ extern double zadd_sum;
 extern bool in_callback;
 
 }  // namespace unit
-
-#endif

@@ -1,7 +1,6 @@
 // The module's heap blocks: counted, and refused on demand. The program is linked so that calls of malloc, calloc and
 // free in its own objects come here; the Lua library's do not.
-#ifndef TQ_TESTS_UNIT_HEAP_H
-#define TQ_TESTS_UNIT_HEAP_H
+#pragma once
 
 #include <cstddef>
 #include <vector>
@@ -30,5 +29,3 @@ class HeapWatch {
 };
 
 }  // namespace unit
-
-#endif

@@ -1,6 +1,5 @@
 // A Lua state whose memory can be made to run out.
-#ifndef TQ_TESTS_UNIT_LUA_STATE_H
-#define TQ_TESTS_UNIT_LUA_STATE_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -50,5 +49,3 @@ class LuaState {
 };
 
 }  // namespace unit
-
-#endif
