@@ -18,7 +18,7 @@ int InvokeShort(lua_State* L, const BoundCommand& bound, Caller caller) {
   if (lua_gettop(L) != command.count) RejectCount(L, command);
   binding::Handle* handle = command.makes_handle ? PushResultHandle(L, command) : nullptr;
   Slot slots[2 * kMaxParameters + 1];
-  int out;
+  int out = 0;
   ReadArguments(L, command, slots)->pointer = &out;
   Word result = caller(bound.client, slots);
   if (command.has_arrays) FreeArrays(command, command.count, slots);

@@ -1,5 +1,6 @@
 #include "module/constants.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -70,10 +71,10 @@ constexpr std::int16_t kThreadValues[] = {TQ_THREAD_MASTER_CONSTANTS(TQ_FLATTENE
 template <std::size_t count>
 const char* Add(lua_State* L, std::string_view prefix, const char* name, const std::int16_t (&values)[count]) {
   char full_name[kPrefix.size() + kLongestName];
-  std::memcpy(full_name, prefix.data(), prefix.size());
+  std::copy_n(prefix.data(), prefix.size(), full_name);
   for (std::int16_t value : values) {
     std::size_t length = std::strlen(name);
-    std::memcpy(full_name + prefix.size(), name, length);
+    std::copy_n(name, length, full_name + prefix.size());
     lua_pushlstring(L, full_name, prefix.size() + length);
     lua_pushinteger(L, value);
     lua_rawset(L, -3);
