@@ -1,19 +1,25 @@
 #include "binding/bases.h"
 
 namespace binding {
+namespace {
 
-int LookForMember(lua_State* L, int metatable) {
-  PushTable(L, metatable, kAccessors);
+// Pushes what one of the class's tables holds under the key at index 2.
+void PushEntry(lua_State* L, int metatable, Key table) {
+  PushTable(L, metatable, table);
   lua_pushvalue(L, 2);
   lua_rawget(L, -2);
+}
+
+}  // namespace
+
+int LookForMember(lua_State* L, int metatable) {
+  PushEntry(L, metatable, kAccessors);
   if (lua_iscfunction(L, -1)) {
     lua_pushvalue(L, 1);
     lua_call(L, 1, 1);
     return 1;
   }
-  PushTable(L, metatable, kMethods);
-  lua_pushvalue(L, 2);
-  lua_rawget(L, -2);
+  PushEntry(L, metatable, kMethods);
   return lua_isfunction(L, -1) ? 1 : kNotFound;
 }
 
@@ -28,9 +34,7 @@ int LookForItem(lua_State* L, int metatable) {
 }
 
 int LookForSetter(lua_State* L, int metatable) {
-  PushTable(L, metatable, kAccessors);
-  lua_pushvalue(L, 2);
-  lua_rawget(L, -2);
+  PushEntry(L, metatable, kAccessors);
   if (lua_iscfunction(L, -1)) {
     lua_pushvalue(L, 1);
     lua_pushvalue(L, 3);

@@ -49,6 +49,7 @@ struct CommandRow {
 
 using ClientFunction = void (*)();
 
+// A row with its client function.
 struct BoundCommand {
   CommandRow row;
   ClientFunction client;
@@ -205,7 +206,8 @@ template <class Result, class... Word> static int InvokeFast(lua_State* L, const
   return 1 + Form::kHasOut;
 }
 
-// Short: one invoker, and a caller for each list of sizes of the client function's parameters.
+// Short: one invoker, and a caller for each list of sizes of the client function's parameters. What is static here
+// takes no entry in the address table.
 int InvokeShort(lua_State* L, const BoundCommand& bound, Caller caller);
 
 template <class T>
