@@ -180,11 +180,17 @@ function TestTrace:test_a_scan_that_an_error_ends()
   luaunit.assertEquals(watch.summary().scan.failures, 2)
 end
 
+-- Calls f some protected calls further down, so that whatever is called next comes from further up in the C stack.
+local function deep(levels, f, ...)
+  if levels == 0 then return f(...) end
+  return pcall(deep, levels - 1, f, ...)
+end
+
 -- It is told when its stack frame has gone.
 function TestTrace:test_arguments_of_a_scan_that_an_error_ends()
   tq.set(self.g, db, key("a", "1"))
   local calls = traced(function()
-    pcall(tq.scan, self.g, db, key("*"), 12345, function() error("out") end, nil)
+    deep(4, tq.scan, self.g, db, key("*"), 12345, function() error("out") end, nil)
     tq.zcount(self.g, db, key("a"), 1, 2)
   end)
   luaunit.assertEquals(calls[1].arguments, {'"*"', 12345, "function"})
