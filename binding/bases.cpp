@@ -52,11 +52,11 @@ int LookForSetter(lua_State* L, int metatable) {
 }
 
 int SearchClass(lua_State* L, Look look) {
-  // Slots for a chain of some 150 bases. A search of a class that a script made its own base ends here.
-  constexpr int kDeepestBase = 600;
+  // A search takes two slots for each base. That of a class which a script made its own base ends here.
+  constexpr int kMostSlots = 600;
   luaL_checkstack(L, 8, nullptr);
   int top = lua_gettop(L);
-  if (top > kDeepestBase) luaL_error(L, "stack overflow in the bases of a class");
+  if (top > kMostSlots) luaL_error(L, "stack overflow in the bases of a class");
   TQ_INVARIANT(lua_isuserdata(L, 1), "lua_isuserdata(L,substack_start+1)");
   TQ_INVARIANT_TABLE(lua_getmetatable(L, 1));
   int results = look(L, top + 1);

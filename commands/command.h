@@ -136,6 +136,7 @@ template <class Word>
 }
 
 // Reads the runtime and the database with which most commands start.
+inline constexpr int kStartWords = 2;
 inline void ReadStart(lua_State* L, const CommandRow& command, Slot* slots) {
   ReadArgument(L, command, 1, Kind::kHandle, kTypeOf<tq_global_t>, slots, &slots[0]);
   ReadArgument(L, command, 2, Kind::kInt, kVoid, slots, &slots[1]);
@@ -180,7 +181,7 @@ template <class Result, class... Word> static int InvokeFast(lua_State* L, const
   const CommandRow& command = bound.row;
   using Form = Shape<Result(Word...)>;
   constexpr int kSlots = Form::Natives::kCount;
-  constexpr int kStart = Form::kStarts ? 2 : 0;
+  constexpr int kStart = Form::kStarts ? kStartWords : 0;
   if (lua_gettop(L) != Form::kCount) RejectCount(L, command);
   binding::Handle* handle = nullptr;
   if constexpr (std::is_pointer_v<Result>) handle = PushResultHandle(L, command);

@@ -4,7 +4,7 @@ namespace tq_mom {
 
 Slot* ReadArguments(lua_State* L, const CommandRow& command, Slot* slots) {
   if (command.starts) ReadStart(L, command, slots);
-  int start = command.starts ? 2 : 0;
+  int start = command.starts ? kStartWords : 0;
   Slot* slot = slots + start;
   for (int index = start + 1; index <= command.count; ++index) {
     Parameter parameter = command.parameters[index - 1];
